@@ -1,0 +1,373 @@
+#include "jet/Ado.h"
+
+#include <optional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "jet/Database.h"
+#include "jet/sql/Convert.h"
+#include "jet/sql/Executor.h"
+#include "jet/sql/TextCompare.h"
+
+namespace kestrelon::jet {
+
+namespace {
+
+[[noreturn]] void ThrowClosed() {
+  throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
+}
+[[noreturn]] void ThrowOpen() {
+  throw Error(code::kObjectOpen, u"Operation is not allowed when the object is open.");
+}
+[[noreturn]] void ThrowNoCurrentRow() {
+  throw Error(code::kNoCurrentRow,
+              u"Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a "
+              u"current record.");
+}
+
+std::u16string_view Trimmed(std::u16string_view text) {
+  while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == u' ') text.remove_suffix(1);
+  return text;
+}
+
+// The path in a connection string; empty when it names none.
+std::filesystem::path DataSource(std::u16string_view connection) {
+  std::u16string_view source;
+  while (!connection.empty()) {
+    const std::size_t end = connection.find(u';');
+    const std::u16string_view pair = connection.substr(0, end);
+    connection = end == std::u16string_view::npos ? std::u16string_view() : connection.substr(end + 1);
+    const std::size_t equal = pair.find(u'=');
+    if (equal == std::u16string_view::npos) continue;
+    if (sql::SameName(Trimmed(pair.substr(0, equal)), u"Data Source")) source = Trimmed(pair.substr(equal + 1));
+  }
+  return std::filesystem::path(std::u16string(source));
+}
+
+// One database file as a connection holds it, open or closed. Recordsets share it and notice by `opening` that the
+// connection was closed under them.
+struct Session {
+  std::filesystem::path path;
+  FileStamp stamp;                         // of the file as it was when `database` was last the same
+  std::unique_ptr<Database> database;      // kept when closed
+  std::unique_ptr<sql::Executor> executor;  // together with its lookups
+  bool open = false;
+  std::uint64_t opening = 0;
+
+  void Drop() {
+    executor.reset();
+    database.reset();
+  }
+};
+
+}  // namespace
+
+struct Connection::State_ {
+  std::u16string connectionString;
+  FileOpener opener;
+  std::shared_ptr<Session> session = std::make_shared<Session>();
+};
+
+Connection::Connection(FileOpener opener) : state_(std::make_unique<State_>()) {
+  state_->opener = std::move(opener);
+}
+
+Connection::~Connection() {
+  if (!state_) return;  // moved from
+  try {
+    Close();
+  } catch (...) {
+    // Whoever needs to know calls Close().
+  }
+}
+
+Connection::Connection(Connection&&) noexcept = default;
+
+Connection& Connection::operator=(Connection&& other) noexcept {
+  Connection old(std::move(*this));
+  state_ = std::move(other.state_);
+  return *this;
+}
+
+void Connection::SetConnectionString(std::u16string_view text) {
+  if (state_->session->open) ThrowOpen();
+  state_->connectionString = text;
+}
+
+const std::u16string& Connection::ConnectionString() const { return state_->connectionString; }
+
+int Connection::State() const { return state_->session->open ? 1 : 0; }
+
+void Connection::Open() {
+  Session& session = *state_->session;
+  if (session.open) ThrowOpen();
+  std::filesystem::path path = DataSource(state_->connectionString);
+  std::unique_ptr<File> file = state_->opener(path, OpenMode::kReadWrite);
+  // Taken while nobody else can change the file.
+  const FileStamp stamp = StampOf(path);
+  if (session.database && session.path == path && session.stamp == stamp) {
+    session.database->AttachFile(std::move(file));
+  } else {
+    session.Drop();
+    session.database = Database::Open(std::move(file), path.u16string());
+    session.executor = std::make_unique<sql::Executor>(*session.database);
+    session.path = std::move(path);
+    session.stamp = stamp;
+  }
+  session.open = true;
+  ++session.opening;
+}
+
+void Connection::Close() {
+  Session& session = *state_->session;
+  if (!session.open) return;
+  session.open = false;
+  ++session.opening;
+  try {
+    const bool changed = session.database->Dirty();
+    if (changed) session.database->Flush();
+    session.database->DetachFile().reset();
+    // After the file is closed: before that its time may not be the last one.
+    if (changed) session.stamp = StampOf(session.path);
+  } catch (...) {
+    session.Drop();
+    throw;
+  }
+}
+
+void Connection::Forget() {
+  Session& session = *state_->session;
+  if (session.open) ThrowOpen();
+  session.Drop();
+}
+
+std::size_t Connection::Execute(std::u16string_view sql) {
+  if (!state_->session->open) ThrowClosed();
+  return state_->session->executor->Execute(sql);
+}
+
+struct Recordset::State_ {
+  std::shared_ptr<Session> session;
+  std::uint64_t opening = 0;  // of the session
+  bool open = false;
+  sql::Selection selection;
+  std::size_t position = 0;
+
+  bool adding = false;
+  std::vector<Value> added;  // one for each column of the table
+
+  // The current row, found when one of its fields is asked for.
+  std::uint64_t changesAtOpening = 0;  // of the executor
+  std::uint64_t changes = 0;           // when `table` was found
+  Table* table = nullptr;
+  std::optional<Cursor> cursor;
+  bool onRow = false;
+
+  // Texts handed out, one for each column of the recordset.
+  struct Text {
+    std::u16string text;
+    bool valid = false;
+  };
+  std::vector<Text> texts;
+
+  bool IsOpen() const { return open && session->open && session->opening == opening; }
+  void RequireOpen() const {
+    if (!IsOpen()) ThrowClosed();
+  }
+  void LeaveRow() {
+    onRow = false;
+    for (Text& text : texts) text.valid = false;
+  }
+  void Refresh();
+  const Cursor& CurrentRow();
+  std::size_t ColumnOf(std::u16string_view name);
+  std::u16string_view TextOf(std::size_t column);
+  void Append();
+};
+
+void Recordset::State_::Refresh() {
+  if (table != nullptr && changes == session->executor->Changes()) return;
+  table = &session->executor->FindTable(selection.table);
+  changes = session->executor->Changes();
+  cursor.reset();
+  LeaveRow();
+}
+
+const Cursor& Recordset::State_::CurrentRow() {
+  RequireOpen();
+  Refresh();
+  if (onRow) return *cursor;
+  if (position >= selection.rows.size()) ThrowNoCurrentRow();
+  if (!cursor) cursor.emplace(table->Rows());
+  try {
+    cursor->MoveTo(selection.rows[position]);
+  } catch (const CorruptFile&) {
+    if (changes == changesAtOpening) throw;
+    ThrowNoCurrentRow();  // deleted since the recordset was opened
+  }
+  onRow = true;
+  return *cursor;
+}
+
+std::size_t Recordset::State_::ColumnOf(std::u16string_view name) {
+  RequireOpen();
+  Refresh();
+  const std::vector<Column>& columns = table->Columns();
+  for (std::size_t i = 0; i < selection.columns.size(); ++i) {
+    const std::u16string& candidate = columns[selection.columns[i]].name;
+    if (candidate == name || sql::SameName(candidate, name)) return i;
+  }
+  throw Error(code::kNoSuchField,
+              u"Item cannot be found in the collection corresponding to the requested name or ordinal.");
+}
+
+std::u16string_view Recordset::State_::TextOf(std::size_t column) {
+  RequireOpen();
+  if (column >= selection.columns.size()) {
+    throw Error(code::kNoSuchField,
+                u"Item cannot be found in the collection corresponding to the requested name or ordinal.");
+  }
+  Refresh();
+  Text& cached = texts[column];
+  if (cached.valid) return cached.text;
+  const std::size_t source = selection.columns[column];
+  const ColumnType type = table->Columns()[source].type;
+  if (adding) {
+    cached.text = sql::ToText(added[source], type);
+  } else if (type == ColumnType::kText || type == ColumnType::kMemo) {
+    CurrentRow().ReadText(source, cached.text);
+  } else {
+    Value value;
+    CurrentRow().Read(source, value);
+    cached.text = sql::ToText(value, type);
+  }
+  cached.valid = true;
+  return cached.text;
+}
+
+void Recordset::State_::Append() {
+  RowId row{};
+  try {
+    row = session->executor->Append(selection.table, added);
+  } catch (const Error& error) {
+    if (error.Number() != code::kTooLong) throw;
+    throw Error(code::kGeneric, error.Description());
+  }
+  adding = false;
+  position = selection.rows.size();
+  selection.rows.push_back(row);
+  LeaveRow();
+}
+
+Recordset::Recordset() : state_(std::make_unique<State_>()) {}
+Recordset::~Recordset() = default;
+Recordset::Recordset(Recordset&&) noexcept = default;
+Recordset& Recordset::operator=(Recordset&&) noexcept = default;
+
+void Recordset::Open(std::u16string_view sql, Connection& connection) {
+  if (state_->IsOpen()) ThrowOpen();
+  const std::shared_ptr<Session>& session = connection.state_->session;
+  if (!session->open) ThrowClosed();
+  auto state = std::make_unique<State_>();
+  state->selection = session->executor->Select(sql);
+  state->texts.resize(state->selection.columns.size());
+  state->session = session;
+  state->opening = session->opening;
+  state->changesAtOpening = session->executor->Changes();
+  state->open = true;
+  state_ = std::move(state);
+}
+
+void Recordset::Close() {
+  state_->RequireOpen();
+  *state_ = State_();
+}
+
+int Recordset::State() const { return state_->IsOpen() ? 1 : 0; }
+
+bool Recordset::EndOfFile() const {
+  state_->RequireOpen();
+  return !state_->adding && state_->position >= state_->selection.rows.size();
+}
+
+void Recordset::MoveFirst() {
+  state_->RequireOpen();
+  if (state_->adding) state_->Append();
+  if (state_->selection.rows.empty()) ThrowNoCurrentRow();
+  state_->position = 0;
+  state_->LeaveRow();
+}
+
+void Recordset::MoveNext() {
+  state_->RequireOpen();
+  if (state_->adding) state_->Append();
+  if (state_->position >= state_->selection.rows.size()) ThrowNoCurrentRow();
+  ++state_->position;
+  state_->LeaveRow();
+}
+
+std::size_t Recordset::RecordCount() const {
+  state_->RequireOpen();
+  return state_->selection.rows.size();
+}
+
+Value Recordset::Fields(std::u16string_view name) const {
+  const std::size_t column = state_->selection.columns[state_->ColumnOf(name)];
+  if (state_->adding) return state_->added[column];
+  Value value;
+  state_->CurrentRow().Read(column, value);
+  return value;
+}
+
+std::u16string_view Recordset::Text(std::u16string_view name) const { return state_->TextOf(state_->ColumnOf(name)); }
+
+std::u16string_view Recordset::Text(std::size_t column) const { return state_->TextOf(column); }
+
+void Recordset::AddNew() {
+  state_->RequireOpen();
+  if (state_->adding) state_->Append();
+  state_->Refresh();
+  state_->added.assign(state_->table->Columns().size(), Value());
+  for (std::size_t i = 0; i < state_->added.size(); ++i) sql::ConvertTo(state_->table->Columns()[i].type, state_->added[i]);
+  state_->adding = true;
+  state_->LeaveRow();
+}
+
+void Recordset::SetField(std::u16string_view name, Value value) {
+  const std::size_t column = state_->ColumnOf(name);
+  if (!state_->adding) throw Error(code::kGeneric, u"Update or CancelUpdate without AddNew or Edit.");
+  const std::size_t position = state_->selection.columns[column];
+  sql::ConvertTo(state_->table->Columns()[position].type, value);
+  state_->added[position] = std::move(value);
+  state_->texts[column].valid = false;
+}
+
+void Recordset::Update() {
+  state_->RequireOpen();
+  if (!state_->adding) throw Error(code::kGeneric, u"Update or CancelUpdate without AddNew or Edit.");
+  state_->Append();
+}
+
+void JetEngine::CompactDatabase(std::u16string_view sourceConnection, std::u16string_view destinationConnection) {
+  const std::filesystem::path source = DataSource(sourceConnection);
+  const std::filesystem::path destination = DataSource(destinationConnection);
+  const std::unique_ptr<Database> database =
+      Database::Open(opener_(source, OpenMode::kReadWrite), source.u16string());
+  std::error_code ignored;
+  if (std::filesystem::exists(destination, ignored)) {
+    throw Error(code::kGeneric, u"Database '" + destination.u16string() + u"' already exists.");
+  }
+  std::unique_ptr<File> packed = opener_(destination, OpenMode::kCreate);
+  try {
+    database->CompactInto(*packed);
+    packed->Flush();
+  } catch (...) {
+    packed.reset();
+    std::filesystem::remove(destination, ignored);
+    throw;
+  }
+}
+
+}  // namespace kestrelon::jet

@@ -1,0 +1,274 @@
+#include "jet/Pager.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <utility>
+
+#include "jet/DataPage.h"
+#include "jet/GlobalMap.h"
+
+namespace kestrelon::jet {
+namespace {
+
+enum WriteOrder : int { kUnused, kGlobal, kBits, kOwnerMaps, kInUse, kDefinitions, kFileHeader };
+
+}  // namespace
+
+Pager::Pager(std::unique_ptr<File> file) : file_(std::move(file)) {
+  // A last page that was written only in part is nobody's yet: new pages are written before anything names them.
+  const std::uint64_t pages = file_->Size() / kPageSize;
+  if (pages < 2) throw CorruptFile(u"Unrecognized database format: the file is too short.");
+  if (pages > kMostPages) throw CorruptFile(u"Unrecognized database format: the file is longer than 2 GB.");
+  pageCount_ = static_cast<std::uint32_t>(pages);
+  slabs_.resize((pageCount_ + kSlabPages - 1) / kSlabPages);
+  states_.resize(pageCount_);
+  free_.resize(pageCount_ / 64 + 1);
+}
+
+Pager::Pager() {
+  free_.resize(1);
+  for (std::uint32_t page = 0; page <= kGlobalMapPage; ++page) {
+    ++pageCount_;
+    slabs_.resize(1);
+    states_.resize(pageCount_);
+    Touch(page, nullptr);
+    states_[page].flags |= kNew;
+    if (!slabs_[0]) slabs_[0] = std::make_unique<std::uint8_t[]>(kSlabPages * kPageSize);
+  }
+  global_map::Format(Write(kGlobalMapPage), pageCount_);
+}
+
+void Pager::Load(std::size_t slab) const {
+  auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kSlabPages * kPageSize);
+  const std::uint64_t offset = std::uint64_t{slab} * kSlabPages * kPageSize;
+  std::size_t inFile = 0;
+  if (!file_) throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
+  if (const std::uint64_t size = file_->Size(); size > offset) {
+    inFile = static_cast<std::size_t>(std::min<std::uint64_t>(size - offset, kSlabPages * kPageSize));
+    file_->ReadAt(offset, {bytes.get(), inFile});
+  }
+  std::memset(bytes.get() + inFile, 0, kSlabPages * kPageSize - inFile);
+  slabs_[slab] = std::move(bytes);
+}
+
+void Pager::Touch(std::uint32_t page, const std::uint8_t* bytes) {
+  State& state = states_[page];
+  if (inTransaction_ && page < pageCountAtBegin_) {
+    std::unique_ptr<Image> image;
+    if (spareImages_.empty()) {
+      image = std::make_unique<Image>();
+    } else {
+      image = std::move(spareImages_.back());
+      spareImages_.pop_back();
+    }
+    std::memcpy(image->data(), bytes, kPageSize);
+    before_.push_back({page, state.flags, std::move(image)});
+  }
+  if ((state.flags & kDirty) == 0) {
+    dirty_.push_back(page);
+    state.flags |= kDirty;
+    ++dirtyCount_;
+  }
+  state.epoch = epoch_;
+}
+
+void Pager::SetFreeBit(std::uint32_t page, bool free) {
+  if (page / 64 >= free_.size()) free_.resize(page / 64 + 1);
+  const std::uint64_t bit = std::uint64_t{1} << page % 64;
+  free_[page / 64] = free ? free_[page / 64] | bit : free_[page / 64] & ~bit;
+}
+
+std::uint32_t Pager::Append() {
+  if (pageCount_ >= kMostPages) throw Error(code::kGeneric, u"The database has reached its largest size of 2 GB.");
+  const std::uint32_t page = pageCount_;
+  if (page / kSlabPages >= slabs_.size()) {
+    slabs_.push_back(std::make_unique<std::uint8_t[]>(kSlabPages * kPageSize));
+  }
+  states_.resize(page + 1);
+  ++pageCount_;
+  std::uint8_t* bytes = Write(page);
+  states_[page].flags |= kNew;
+  std::memset(bytes, 0, kPageSize);  // a slab may hold what a page dropped by Rollback() left
+  return page;
+}
+
+std::uint32_t Pager::Allocate(std::uint32_t above) {
+  std::uint32_t page = above + 1;
+  while (page < pageCount_) {
+    const std::uint64_t word = page / 64 < free_.size() ? free_[page / 64] >> page % 64 : 0;
+    if (word != 0) {
+      page += static_cast<std::uint32_t>(std::countr_zero(word));
+      break;
+    }
+    page = (page / 64 + 1) * 64;
+  }
+  if (page < pageCount_) {
+    global_map::Set(*this, page, false);
+    SetFreeBit(page, false);
+    std::uint8_t* bytes = Write(page);
+    std::memset(bytes, 0, kPageSize);
+    states_[page].flags = kDirty | kNew;
+    return page;
+  }
+  page = Append();
+  global_map::Set(*this, page, false);
+  return page;
+}
+
+std::uint32_t Pager::AppendMapPage() { return Append(); }
+
+void Pager::Free(std::uint32_t page) {
+  if (page <= kGlobalMapPage || page >= pageCount_) ThrowCorrupt("a page that cannot be free is given back", page);
+  State& state = states_[page];
+  if ((state.flags & kFreed) != 0 || FreeBit(page)) ThrowCorrupt("a page is given back twice", page);
+  if ((state.flags & kNew) != 0) {
+    global_map::Set(*this, page, true);
+    SetFreeBit(page, true);
+  } else {
+    state.flags |= kFreed;
+    freedRecently_.push_back(page);
+  }
+  state.flags = static_cast<std::uint8_t>(state.flags & ~(kChecked | kOpen));
+}
+
+bool Pager::IsFree(std::uint32_t page) const {
+  return page >= pageCount_ || FreeBit(page) || (states_[page].flags & kFreed) != 0;
+}
+
+void Pager::LoadFreePages() {
+  std::fill(free_.begin(), free_.end(), 0);
+  free_.resize(pageCount_ / 64 + 1);
+  for (const std::uint32_t page : global_map::FreePages(*this)) {
+    if ((states_[page].flags & kFreed) == 0) SetFreeBit(page, true);
+  }
+}
+
+void Pager::Begin() {
+  inTransaction_ = true;
+  pageCountAtBegin_ = pageCount_;
+  freedAtBegin_ = freedRecently_.size();
+  ++epoch_;
+}
+
+void Pager::Commit() {
+  constexpr std::size_t kSpare = 64;  // enough for the usual statement; a large one gives its memory back
+  for (Before& before : before_) {
+    if (spareImages_.size() < kSpare) spareImages_.push_back(std::move(before.bytes));
+  }
+  before_.clear();
+  inTransaction_ = false;
+}
+
+void Pager::Rollback() {
+  const bool changed =
+      !before_.empty() || pageCount_ != pageCountAtBegin_ || freedRecently_.size() != freedAtBegin_;
+  for (std::size_t i = freedAtBegin_; i < freedRecently_.size(); ++i) {
+    State& state = states_[freedRecently_[i]];
+    state.flags = static_cast<std::uint8_t>(state.flags & ~kFreed);
+  }
+  freedRecently_.resize(freedAtBegin_);
+  for (std::uint32_t page = pageCountAtBegin_; page < pageCount_; ++page) {
+    if ((states_[page].flags & kDirty) != 0) --dirtyCount_;
+  }
+  pageCount_ = pageCountAtBegin_;
+  states_.resize(pageCount_);
+  for (const Before& before : before_) {
+    std::memcpy(const_cast<std::uint8_t*>(Read(before.page)), before.bytes->data(), kPageSize);
+    State& state = states_[before.page];
+    if ((state.flags & kDirty) != 0 && (before.flags & kDirty) == 0) --dirtyCount_;
+    state.flags = static_cast<std::uint8_t>(before.flags & ~(kChecked | kOpen));
+  }
+  Commit();
+  ++epoch_;
+  if (changed) LoadFreePages();
+}
+
+int Pager::WriteClass(std::uint32_t page) const {
+  if ((states_[page].flags & kNew) != 0) return kUnused;
+  if (page == 0) return kFileHeader;
+  if (page == kGlobalMapPage) return kGlobal;
+  const std::uint8_t* bytes = Read(page);
+  switch (bytes[0]) {
+    case page_type::kMapBits: return kBits;
+    case page_type::kDefinition: return kDefinitions;
+    case page_type::kData: return data_page::Owner(bytes) == 0 ? kOwnerMaps : kInUse;
+    default: return kInUse;
+  }
+}
+
+std::vector<std::uint32_t> Pager::DirtyPages(int firstClass, int lastClass) const {
+  std::vector<std::pair<int, std::uint32_t>> order;
+  for (const std::uint32_t page : dirty_) {
+    if (page >= pageCount_ || (states_[page].flags & kDirty) == 0 || IsFree(page)) continue;
+    const int writeClass = WriteClass(page);
+    if (writeClass >= firstClass && writeClass <= lastClass) order.emplace_back(writeClass, page);
+  }
+  std::sort(order.begin(), order.end());
+  order.erase(std::unique(order.begin(), order.end()), order.end());
+  std::vector<std::uint32_t> pages;
+  pages.reserve(order.size());
+  for (const auto& [writeClass, page] : order) pages.push_back(page);
+  return pages;
+}
+
+void Pager::WritePages(File& file, const std::vector<std::uint32_t>& pages) const {
+  for (std::size_t i = 0; i < pages.size();) {
+    std::size_t next = i + 1;
+    while (next < pages.size() && pages[next] == pages[next - 1] + 1 && pages[next] % kSlabPages != 0) ++next;
+    file.WriteAt(std::uint64_t{pages[i]} * kPageSize, {Read(pages[i]), (next - i) * kPageSize});
+    i = next;
+  }
+}
+
+void Pager::Flush() {
+  if (!Dirty() && freedRecently_.empty()) return;
+  if (!file_) throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
+  if (const auto fresh = DirtyPages(kUnused, kUnused); !fresh.empty()) {
+    WritePages(*file_, fresh);
+    file_->Flush();
+  }
+  WritePages(*file_, DirtyPages(kGlobal, kFileHeader));
+  if (!freedRecently_.empty()) {
+    for (const std::uint32_t page : std::exchange(freedRecently_, {})) {
+      states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kFreed);
+      global_map::Set(*this, page, true);
+      SetFreeBit(page, true);
+    }
+    WritePages(*file_, DirtyPages(kUnused, kBits));
+  }
+  file_->Flush();
+  for (const std::uint32_t page : dirty_) {
+    if (page >= pageCount_) continue;
+    states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~(kDirty | kNew));
+  }
+  dirty_.clear();
+  dirtyCount_ = 0;
+  ++epoch_;
+}
+
+void Pager::ReleaseClean() {
+  if (!file_) return;
+  for (std::size_t slab = 0; slab < slabs_.size(); ++slab) {
+    if (!slabs_[slab]) continue;
+    const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
+    const std::uint32_t last = std::min(first + kSlabPages, pageCount_);
+    bool clean = true;
+    for (std::uint32_t page = first; page < last; ++page) clean = clean && (states_[page].flags & kDirty) == 0;
+    if (!clean) continue;
+    slabs_[slab].reset();
+    for (std::uint32_t page = first; page < last; ++page) {
+      states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kChecked);
+    }
+  }
+}
+
+void Pager::WriteAll(File& file) const {
+  for (std::uint32_t page = 0; page < pageCount_; page += kSlabPages) {
+    const std::uint32_t count = std::min(kSlabPages, pageCount_ - page);
+    file.WriteAt(std::uint64_t{page} * kPageSize, {Read(page), count * kPageSize});
+  }
+  file.Flush();
+}
+
+}  // namespace kestrelon::jet

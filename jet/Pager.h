@@ -1,0 +1,136 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "jet/Bytes.h"
+#include "jet/File.h"
+
+namespace kestrelon::jet {
+
+// What the first byte of a page says.
+namespace page_type {
+inline constexpr std::uint8_t kHeader = 0x00, kData = 0x01, kDefinition = 0x02, kIndexNode = 0x03, kIndexLeaf = 0x04,
+                              kMapBits = 0x05;
+}
+
+// The pages of one file, kept in memory once read, and which of them are free.
+//
+// Pages given back since the last Flush() are not handed out again before the next one: until then the file on disk
+// still refers to them, and a write that stops half-way must find them as they were.
+class Pager {
+ public:
+  static constexpr std::uint32_t kGlobalMapPage = 1;
+  static constexpr std::uint32_t kMostPages = 1u << 19;  // 2 GiB, the format's limit
+
+  // An existing file; the pages are read when they are first asked for. LoadFreePages() must follow before the first
+  // allocation.
+  explicit Pager(std::unique_ptr<File> file);
+  // A new image: page 0 zeroed, page 1 with an empty global map, both dirty. Written by WriteAll().
+  Pager();
+
+  std::uint32_t PageCount() const { return pageCount_; }
+
+  // The bytes of a page. Throws CorruptFile when the file has no such page.
+  const std::uint8_t* Read(std::uint32_t page) const {
+    if (page >= pageCount_) ThrowCorrupt("a page past the end of the file is named", page);
+    const auto& slab = slabs_[page / kSlabPages];
+    if (!slab) Load(page / kSlabPages);
+    return slab.get() + page % kSlabPages * kPageSize;
+  }
+  // The same for changing them: the page becomes dirty, and inside a transaction its old state is kept.
+  std::uint8_t* Write(std::uint32_t page) {
+    auto* bytes = const_cast<std::uint8_t*>(Read(page));
+    if (states_[page].epoch != epoch_) Touch(page, bytes);
+    return bytes;
+  }
+
+  // A free page, zeroed: the lowest one above `above`, else a new one at the end of the file.
+  std::uint32_t Allocate(std::uint32_t above = 0);
+  // Gives a page back; it can be allocated again after the next Flush(), or at once when it was new since the last.
+  void Free(std::uint32_t page);
+  // A page at the end of the file for the global map itself, which is in no map.
+  std::uint32_t AppendMapPage();
+  // What the global map says; pages past its end count as free.
+  bool IsFree(std::uint32_t page) const;
+  // Reads the global map.
+  void LoadFreePages();
+
+  // One bit per page for the layer above: "this page's structure has been checked since it was read". Lost when the
+  // page is reused or rolled back.
+  bool Checked(std::uint32_t page) const { return (states_[page].flags & kChecked) != 0; }
+  void SetChecked(std::uint32_t page) const { states_[page].flags |= kChecked; }
+  // A second one: "this page is in its owner's list of pages with room".
+  bool Open(std::uint32_t page) const { return (states_[page].flags & kOpen) != 0; }
+  void SetOpen(std::uint32_t page, bool open) {
+    states_[page].flags = static_cast<std::uint8_t>(open ? states_[page].flags | kOpen : states_[page].flags & ~kOpen);
+  }
+
+  void Begin();
+  void Commit();
+  // Puts every page back as it was at Begin().
+  void Rollback();
+  bool InTransaction() const { return inTransaction_; }
+
+  bool Dirty() const { return dirtyCount_ != 0; }
+  // Writes the dirty pages to the file, in this order, so that a stop at any point leaves a file that refers only to
+  // pages that are there: pages that the file on disk does not use yet; the global map; map pages and rows of the owners;
+  // pages in use (rows, long values, index roots); table definitions; the header. Freed pages are not written at all.
+  void Flush();
+  // Writes the whole image to an empty file, front to back.
+  void WriteAll(File& file) const;
+
+  // Lets go of the memory of pages that the file holds unchanged; they are read again when needed. No pointer that
+  // Read() gave may be in use.
+  void ReleaseClean();
+
+  std::unique_ptr<File> DetachFile() { return std::move(file_); }
+  void AttachFile(std::unique_ptr<File> file) { file_ = std::move(file); }
+
+ private:
+  static constexpr std::uint32_t kSlabPages = 16;  // read, kept and written together: 64 KiB
+  enum : std::uint8_t { kDirty = 1, kNew = 2, kChecked = 4, kOpen = 8, kFreed = 16 };
+
+  struct State {
+    std::uint32_t epoch = 0;
+    std::uint8_t flags = 0;
+  };
+  using Image = std::array<std::uint8_t, kPageSize>;
+  struct Before {
+    std::uint32_t page;
+    std::uint8_t flags;
+    std::unique_ptr<Image> bytes;
+  };
+
+  void Load(std::size_t slab) const;
+  void Touch(std::uint32_t page, const std::uint8_t* bytes);
+  std::uint32_t Append();
+  int WriteClass(std::uint32_t page) const;
+  std::vector<std::uint32_t> DirtyPages(int firstClass, int lastClass) const;
+  void WritePages(File& file, const std::vector<std::uint32_t>& pages) const;
+  bool FreeBit(std::uint32_t page) const {
+    return page / 64 < free_.size() && (free_[page / 64] >> page % 64 & 1) != 0;
+  }
+  void SetFreeBit(std::uint32_t page, bool free);
+
+  std::unique_ptr<File> file_;
+  std::uint32_t pageCount_ = 0;
+  mutable std::vector<std::unique_ptr<std::uint8_t[]>> slabs_;
+  mutable std::vector<State> states_;
+  std::vector<std::uint32_t> dirty_;  // may name a page twice or one that is clean again
+  std::size_t dirtyCount_ = 0;
+
+  std::vector<std::uint64_t> free_;          // pages that may be handed out now
+  std::vector<std::uint32_t> freedRecently_;  // free, but still in use by the file on disk
+
+  std::uint32_t epoch_ = 1;
+  bool inTransaction_ = false;
+  std::vector<Before> before_;
+  std::vector<std::unique_ptr<Image>> spareImages_;
+  std::uint32_t pageCountAtBegin_ = 0;
+  std::size_t freedAtBegin_ = 0;
+};
+
+}  // namespace kestrelon::jet
