@@ -9,6 +9,7 @@ kst_test(jet_storage_tests
     storage/FlushTest.cpp
     storage/IndexTest.cpp
     storage/LongValueTest.cpp
+    storage/MdbTools.cpp
     storage/MdbToolsTest.cpp
     storage/PagerTest.cpp
     storage/RandomChangesTest.cpp

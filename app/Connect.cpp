@@ -1,0 +1,66 @@
+#include "app/Connect.h"
+
+#include "app/base/File.h"
+#include "app/base/Settings.h"
+#include "app/base/Win32.h"
+#include "store/Store.h"
+#include "ui/win/Boxes.h"
+
+namespace kestrelon::app {
+namespace {
+
+constexpr const wchar_t* kTemplate = L"Temp.dat";
+
+// Replaces `to` by a copy that can be written, also when the original is read-only (a program folder on a CD or share).
+void FreshCopy(const std::wstring& from, const std::wstring& to) {
+  DeleteIfThere(to);
+  if (!::CopyFileW(from.c_str(), to.c_str(), TRUE)) ThrowLastError(L"Copying " + from);
+  if (!::SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL)) ThrowLastError(L"Making " + to + L" writable");
+}
+
+}  // namespace
+
+Program NameProgram(const std::wstring& programFolder, const std::wstring& appData) {
+  Program program;
+  program.programFolder = WithBackslash(programFolder);
+  program.dataFolder = WithBackslash(appData) + L"KestrelonData\\";
+  program.settingsFile = program.dataFolder + L"Kestrelon.dat";
+  program.templateFolder = program.programFolder + L"Data\\";
+  program.connectionString = store::ConnectionStringOf(program.dataFolder + program.workingDatabase);
+  return program;
+}
+
+bool Connect(Program& program, OutsideWorld& world) {
+  // Whatever goes wrong up to the connection test makes the test fail, and its box is the only one.
+  const Settings settings(program.settingsFile);
+  win::Quietly([&] {
+    if (!FolderExists(program.dataFolder)) ::CreateDirectoryW(program.dataFolder.c_str(), nullptr);
+    settings.CreateWithDefaults();
+  });
+  program.languageName = settings.Read(L"language");
+  win::Quietly([&] { FreshCopy(program.templateFolder + kTemplate, program.dataFolder + kTemplate); });
+  if (!store::ConnectDatabase(program, world)) return false;
+  return win::InRoutine(world, nullptr, L"Connect Error:", false, [&] {
+    FreshCopy(program.dataFolder + kTemplate, program.dataFolder + program.workingDatabase);
+    return true;
+  });
+}
+
+std::wstring ExecutableFolder() {
+  std::wstring path(512, L'\0');
+  for (;;) {
+    const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0) ThrowLastError(L"Finding the program's folder");
+    if (length < path.size()) return FolderOfPath(path.substr(0, length));
+    path.resize(path.size() * 2);
+  }
+}
+
+std::wstring EnvironmentValue(const wchar_t* name) {
+  std::wstring value(::GetEnvironmentVariableW(name, nullptr, 0), L'\0');
+  if (value.empty()) return value;
+  value.resize(::GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+  return value;
+}
+
+}  // namespace kestrelon::app

@@ -1,0 +1,398 @@
+#include "app/MainForm.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "app/MainFormTables.h"
+#include "app/Pictures.h"
+#include "app/SingleInstance.h"
+#include "app/SlotDialog.h"
+#include "items/ItemCommands.h"
+#include "items/ShowData.h"
+#include "lang/Messages.h"
+#include "lang/SelectLanguage.h"
+#include "packaging/resource.h"
+#include "store/Store.h"
+#include "tree/NodeCommands.h"
+#include "ui/win/Boxes.h"
+
+namespace kestrelon::app {
+namespace {
+
+constexpr UINT kTree = 101, kList = 102, kStatus = 103, kToolbarId = 104, kText1 = 105;
+constexpr UINT kFirstToolbarCommand = 200;  // + the button's number
+constexpr UINT kFirstMenuCommand = 300;
+constexpr UINT kTrayMessage = WM_APP + 1;
+
+constexpr double kBarWidth = 75;
+constexpr double kInitialWidth = 13500, kInitialHeight = 8400;
+constexpr double kMinimumWidth = 6000, kMinimumHeight = 4200;
+constexpr double kPanelWidths[] = {6300, 3000};
+constexpr double kIconColumnWidth = 420;
+constexpr double kPictureSize = 240;         // 16 pixels at 96 DPI
+constexpr double kToolbarPictureSize = 360;  // 24
+constexpr const wchar_t* kColumnCaptions[5] = {L"Alias", L"File name", L"Local File", L"Insert time", L"Comment"};
+constexpr double kDesignWidths[5] = {1874.835, 2234.835, 7409.764, 1440, 1440};
+constexpr int kWidestColumn = 20000;  // pixels; what a settings file may ask for
+
+}  // namespace
+
+MainForm::MainForm(Program& program, OutsideWorld& world, ui::cSysTray::Notify notify)
+    : Form(L"MainForm"),
+      program_(program),
+      world_(world),
+      settings_(program.settingsFile),
+      connection_(program.connectionString),
+      parts_{program_,    world_,     settings_,   *this,  TreeView1_, ListView1_,
+             StatusBar1_, Toolbar1_, menus_, connection_},
+      cSysTray1_(notify ? ui::cSysTray(std::move(notify)) : ui::cSysTray()) {}
+
+MainForm::~MainForm() { Destroy(); }
+
+void MainForm::Load() {
+  win::WindowSpec spec;
+  spec.className = kMainFormClass;
+  spec.caption = program_.productName;
+  spec.style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+  Create(spec);
+  dpi_ = Dpi();
+  CreateControls();
+  WireEvents();
+  loaded_ = true;
+  Form_Load();
+}
+
+void MainForm::CreateControls() {
+  std::vector<win::MenuLine> lines;
+  for (std::size_t i = 0; i < MainFormTables::kCommandCount; ++i) {
+    const MainFormTables::Command& command = MainFormTables::kCommands[i];
+    lines.push_back({command.depth, command.name, command.caption});
+  }
+  menus_.Create(*this, lines.data(), lines.size(), kFirstMenuCommand);
+  for (std::size_t i = 0; i < MainFormTables::kCommandCount; ++i) {
+    const MainFormTables::Command& command = MainFormTables::kCommands[i];
+    if (command.name && !command.handler && !command.submenu) menus_.SetInert(command.name);
+  }
+
+  std::vector<win::Toolbar::Button> buttons;
+  for (std::size_t i = 0; i < MainFormTables::kToolbar.size(); ++i) {
+    const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar[i];
+    const UINT id = button.image < 0 ? 0 : kFirstToolbarCommand + static_cast<UINT>(i) + 1;
+    buttons.push_back({id, button.image, button.treeTip});
+  }
+  // Holds the focus when neither pane shall have it; there is nothing to see or to type in.
+  parts_.Text1 = ::CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE | ES_READONLY, -20, -20, 1, 1, Handle(),
+                                   reinterpret_cast<HMENU>(UINT_PTR{kText1}), ::GetModuleHandleW(nullptr), nullptr);
+  Toolbar1_.Create(Handle(), kToolbarId, buttons, win::UniqueImageList());
+  TreeView1_.Create(Handle(), kTree);
+  Picture1_.CreateIn(Handle());
+  ListView1_.Create(Handle(), kList);
+  StatusBar1_.Create(Handle(), kStatus);
+
+  // The icon column first, without caption and of fixed width.
+  ListView1_.AddColumn(L"", win::PixelsFromTwips(kIconColumnWidth, dpi_), true);
+  for (int i = 0; i < 5; ++i) {
+    ListView1_.AddColumn(kColumnCaptions[i], win::PixelsFromTwips(kDesignWidths[i], dpi_));
+  }
+}
+
+void MainForm::WireEvents() {
+  win::MainParts& parts = parts_;
+  TreeView1_.events.nodeClick = [&parts](win::TreeNode& node) { tree::TreeView1_NodeClick(parts, node); };
+  TreeView1_.events.afterLabelEdit = [&parts](const std::wstring& text) {
+    return tree::TreeView1_AfterLabelEdit(parts, text);
+  };
+  TreeView1_.events.keyDown = [&parts](int key, int shift) { tree::TreeView1_KeyDown(parts, key, shift); };
+  TreeView1_.events.mouseDown = [&parts](int button, int shift, POINT point) {
+    tree::TreeView1_MouseDown(parts, button, shift, point);
+  };
+  TreeView1_.events.mouseUp = [&parts](int button, int shift, POINT point) {
+    tree::TreeView1_MouseUp(parts, button, shift, point);
+  };
+  TreeView1_.events.gotFocus = [this] { PaneActivated(false); };
+
+  ListView1_.events.columnClick = [this](std::size_t column) {
+    items::ListView1_ColumnClick(parts_, listHelpers_, column);
+  };
+  ListView1_.events.selectionChanged = [&parts] { items::ListView1_SelectionChanged(parts); };
+  ListView1_.events.doubleClick = [&parts] { items::ListView1_DblClick(parts); };
+  ListView1_.events.keyDown = [&parts](int key, int shift) { items::ListView1_KeyDown(parts, key, shift); };
+  ListView1_.events.mouseDown = [this](int, int, POINT) { listHelpers_.tip.Hide(); };
+  ListView1_.events.mouseUp = [&parts](int button, int shift, POINT point) {
+    items::ListView1_MouseUp(parts, button, shift, point);
+  };
+  ListView1_.events.mouseMove = [this](int, int, POINT point) { listHelpers_.tip.MouseMove(parts_, point); };
+  ListView1_.events.mouseLeave = [this] { listHelpers_.tip.Hide(); };
+  ListView1_.events.beginDrag = [&parts] { items::ListView1_OLEStartDrag(parts); };
+  ListView1_.events.gotFocus = [this] { PaneActivated(true); };
+
+  Picture1_.events.mouseDown = [this] { dragging_ = true; };
+  Picture1_.events.mouseMove = [this](int x) { Picture1_MouseMove(x); };
+  Picture1_.events.mouseUp = [this] { Picture1_MouseUp(); };
+  cSysTray1_.activated = [this] { cSysTray1_Activated(); };
+}
+
+void MainForm::LoadPicturesForDpi() {
+  const int small = win::PixelsFromTwips(kPictureSize, dpi_);
+  ::SendMessageW(Handle(), WM_SETICON, ICON_BIG,
+                 reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(SM_CXICON, dpi_))));
+  ::SendMessageW(Handle(), WM_SETICON, ICON_SMALL,
+                 reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(SM_CXSMICON, dpi_))));
+  TreeView1_.SetImageList(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN}, small));
+  // Small icon number 3 is the one that rows show.
+  ListView1_.SetSmallImages(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN, IDI_ITEM}, small));
+  Toolbar1_.SetImages(LoadPictures({IDI_TOOLBAR_ADD, IDI_TOOLBAR_RENAME, IDI_TOOLBAR_DELETE, IDI_TOOLBAR_FIND,
+                                    IDI_TOOLBAR_OPEN, IDI_TOOLBAR_SHOW, IDI_TOOLBAR_PROPERTIES,
+                                    IDI_TOOLBAR_SENDTO},
+                                   win::PixelsFromTwips(kToolbarPictureSize, dpi_)));
+}
+
+void MainForm::Form_Load() {
+  LoadPicturesForDpi();
+
+  const int width = win::PixelsFromTwips(kInitialWidth, dpi_), height = win::PixelsFromTwips(kInitialHeight, dpi_);
+  ::SetWindowPos(Handle(), nullptr, (::GetSystemMetrics(SM_CXSCREEN) - width) / 2,
+                 (::GetSystemMetrics(SM_CYSCREEN) - height) / 2, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+
+  ApplyLanguage();
+  treeTip_.SetStyle(ui::TipStyle::kBalloon);
+  treeTip_.Create(TreeView1_.Handle());
+  Form_Resize(SIZE_RESTORED);
+
+  StatusBar1_.SetPanelWidths(
+      {win::PixelsFromTwips(kPanelWidths[0], dpi_), win::PixelsFromTwips(kPanelWidths[1], dpi_)});
+  tree::ShowNoCategory(parts_);
+  items::EnableItemCommands(parts_);
+  UpdateToolbar();
+
+  ApplyColumnWidths();
+  menus_.Check(L"meu_ShowItemInfo", settings_.ReadBoolean(L"ShowItemInfo"));
+  menus_.Check(L"meu_aa", settings_.ReadBoolean(L"Drag&Drop"));
+
+  cSysTray1_.Create(Handle(), kTrayMessage);
+  // The tree shows no tips of its own for names that are cut off.
+  ::SetWindowLongPtrW(TreeView1_.Handle(), GWL_STYLE,
+                      ::GetWindowLongPtrW(TreeView1_.Handle(), GWL_STYLE) | TVS_NOTOOLTIPS);
+
+  win::InRoutine(world_, Handle(), L"Form_Load Error:", false, [&] {
+    store::LoadTree(parts_);
+    return true;
+  });
+  ::SetFocus(parts_.Text1);
+}
+
+void MainForm::ApplyColumnWidths() {
+  for (int i = 0; i < 5; ++i) {
+    const std::wstring text = settings_.Read(kWidthKeys[i]);
+    wchar_t* end = nullptr;
+    const double twips = std::wcstod(text.c_str(), &end);
+    const std::size_t column = static_cast<std::size_t>(i) + 1;
+    // A missing or unreadable width leaves the column as it was designed.
+    if (end != text.c_str() && twips >= 0 && twips < 1440.0 * kWidestColumn / dpi_) {
+      ListView1_.SetColumnWidth(column, win::PixelsFromTwips(twips, dpi_));
+      parts_.widthTexts.text[i] = text;
+      parts_.widthTexts.pixels[i] = ListView1_.ColumnWidth(column);
+    }
+  }
+}
+
+void MainForm::ScaleColumnWidths(unsigned oldDpi, unsigned newDpi) {
+  for (std::size_t column = 0; column < ListView1_.ColumnCount(); ++column) {
+    const int before = ListView1_.ColumnWidth(column);
+    ListView1_.SetColumnWidth(column, ::MulDiv(before, static_cast<int>(newDpi), static_cast<int>(oldDpi)));
+    if (column == 0) continue;
+    // A width that the user left alone stays one, and keeps its text.
+    int& known = parts_.widthTexts.pixels[column - 1];
+    if (known == before) known = ListView1_.ColumnWidth(column);
+  }
+}
+
+void MainForm::ApplyLanguage() {
+  lang::ReadLanguage(*this, program_, program_.languageName, world_);
+  for (const MainFormTables::Language& language : MainFormTables::kLanguages) {
+    menus_.Check(language.entry, program_.languageName == language.name);
+  }
+  UpdateToolbar();
+  ::DrawMenuBar(Handle());
+}
+
+double MainForm::InnerWidth() const {
+  RECT inner;
+  ::GetClientRect(Handle(), &inner);
+  return win::TwipsFromPixels(inner.right, dpi_);
+}
+
+void MainForm::Form_Resize(WPARAM kind) {
+  if (kind == SIZE_MINIMIZED) {
+    GoToTray();
+    return;
+  }
+  Toolbar1_.AutoSize();
+  ::SendMessageW(StatusBar1_.Handle(), WM_SIZE, 0, 0);
+  PlacePanes(PanesOnResize(barLeft_, kBarWidth, InnerWidth()));
+}
+
+void MainForm::PlacePanes(const PaneLayout& panes) {
+  RECT inner;
+  ::GetClientRect(Handle(), &inner);
+  const int top = Toolbar1_.Height();
+  const int height = std::max(0L, inner.bottom - StatusBar1_.Height() - top);
+  barLeft_ = panes.barLeft;
+  const auto pixels = [this](double twips) { return std::max(0, win::PixelsFromTwips(twips, dpi_)); };
+  HDWP batch = ::BeginDeferWindowPos(3);
+  const auto place = [&](HWND window, int left, int width) {
+    if (batch) {
+      batch = ::DeferWindowPos(batch, window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+  };
+  place(Picture1_.Handle(), pixels(panes.barLeft), pixels(kBarWidth));
+  place(TreeView1_.Handle(), 0, pixels(panes.treeWidth));
+  place(ListView1_.Handle(), pixels(panes.listLeft), pixels(panes.listWidth));
+  if (batch) ::EndDeferWindowPos(batch);
+}
+
+void MainForm::Picture1_MouseMove(int x) {
+  if (!dragging_) return;
+  barLeft_ = BarWhileDragging(barLeft_, win::TwipsFromPixels(x, dpi_));
+  ::SetWindowPos(Picture1_.Handle(), HWND_TOP, win::PixelsFromTwips(barLeft_, dpi_), Toolbar1_.Height(), 0, 0,
+                 SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+void MainForm::Picture1_MouseUp() {
+  dragging_ = false;
+  PlacePanes(PanesOnRelease(barLeft_, kBarWidth, InnerWidth()));
+}
+
+void MainForm::GoToTray() {
+  listHelpers_.tip.Hide();
+  // Without a notification area the window stays in the task bar, or nothing would bring it back.
+  if (cSysTray1_.Add(ProgramIcon(::GetSystemMetricsForDpi(SM_CXSMICON, dpi_)), program_.productName)) {
+    ::ShowWindow(Handle(), SW_HIDE);
+  }
+}
+
+void MainForm::cSysTray1_Activated() {
+  ::ShowWindow(Handle(), ::IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
+  ::SetForegroundWindow(Handle());
+  cSysTray1_.Remove();
+}
+
+bool MainForm::Form_QueryUnload() {
+  win::InRoutine(world_, Handle(), L"Form_QueryUnload Error:", false, [&] {
+    win::WriteViewSettings(parts_);
+    return true;
+  });
+  if (program_.databaseSaved) return true;
+  switch (world_.messageBox(Handle(),
+                            lang::Message(program_, lang::kExitQuestion),
+                            program_.productName, MB_YESNOCANCEL | MB_ICONQUESTION)) {
+    case IDYES: app::Save(parts_).Show(Handle()); return true;
+    case IDNO: return true;
+    default: return false;
+  }
+}
+
+void MainForm::Form_Unload() {
+  listHelpers_.tip.Hide();
+  cSysTray1_.Remove();
+  ::PostQuitMessage(0);
+}
+
+void MainForm::PaneActivated(bool list) {
+  if (parts_.listPaneActive == list) return;
+  parts_.listPaneActive = list;
+  UpdateToolbar();
+}
+
+void MainForm::UpdateToolbar() {
+  for (std::size_t i = 0; i < MainFormTables::kToolbar.size(); ++i) {
+    const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar[i];
+    const int number = static_cast<int>(i) + 1;
+    if (button.image < 0) continue;
+    const bool list = parts_.listPaneActive;
+    // Buttons 6 to 9 follow the selection of the list, see items::EnableItemButtons.
+    if (number < 5) Toolbar1_.Enable(number, (list ? button.list : button.tree) != nullptr);
+    const std::wstring key = L"Toolbar1_" + std::to_wstring(number);
+    Toolbar1_.SetTip(number, list || number > 5
+                                 ? lang::WindowText(program_, Name(), key, button.listTip)
+                                 : lang::WindowText(program_, Name(), key + L"_tree", button.treeTip));
+  }
+}
+
+void MainForm::Toolbar1_ButtonClick(int number) {
+  const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar.at(static_cast<std::size_t>(number) - 1);
+  if (const Handler handler = parts_.listPaneActive ? button.list : button.tree) (this->*handler)();
+}
+
+bool MainForm::OnCommand(UINT id) {
+  if (id > kFirstToolbarCommand && id <= kFirstToolbarCommand + MainFormTables::kToolbar.size()) {
+    Toolbar1_ButtonClick(static_cast<int>(id - kFirstToolbarCommand));
+    return true;
+  }
+  const std::wstring_view name = menus_.NameOf(id);
+  if (name.empty()) return false;
+  for (std::size_t i = 0; i < MainFormTables::kCommandCount; ++i) {
+    const MainFormTables::Command& command = MainFormTables::kCommands[i];
+    if (command.name && name == command.name && command.handler) {
+      (this->*command.handler)();
+      return true;
+    }
+  }
+  return false;
+}
+
+LRESULT MainForm::OnNotify(NMHDR& header) {
+  if (header.hwndFrom == TreeView1_.Handle()) return TreeView1_.OnNotify(header);
+  if (header.hwndFrom == ListView1_.Handle()) return ListView1_.OnNotify(header);
+  if (Toolbar1_.OnNotify(header)) return 0;
+  return Form::OnMessage(WM_NOTIFY, header.idFrom, reinterpret_cast<LPARAM>(&header));
+}
+
+LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (!loaded_) return Form::OnMessage(message, wParam, lParam);
+  if (cSysTray1_.OnMessage(message, wParam, lParam)) return 0;
+  if (message == SingleInstance::WakeMessage() && wParam == wakeMark_) {
+    cSysTray1_Activated();
+    return 0;
+  }
+  switch (message) {
+    case WM_SIZE: Form_Resize(wParam); return 0;
+    case WM_NOTIFY: return OnNotify(*reinterpret_cast<NMHDR*>(lParam));
+    case WM_COMMAND:
+      // From a menu, an accelerator or the toolbar: these send no notification code.
+      if (HIWORD(wParam) == 0 && OnCommand(LOWORD(wParam))) return 0;
+      break;
+    case WM_GETMINMAXINFO: {
+      auto& limits = *reinterpret_cast<MINMAXINFO*>(lParam);
+      limits.ptMinTrackSize = {win::PixelsFromTwips(kMinimumWidth, dpi_),
+                               win::PixelsFromTwips(kMinimumHeight, dpi_)};
+      return 0;
+    }
+    case WM_DPICHANGED: {
+      const unsigned before = dpi_;
+      dpi_ = HIWORD(wParam);
+      LoadPicturesForDpi();
+      ScaleColumnWidths(before, dpi_);
+      const LRESULT result = Form::OnMessage(message, wParam, lParam);
+      StatusBar1_.SetPanelWidths(
+          {win::PixelsFromTwips(kPanelWidths[0], dpi_), win::PixelsFromTwips(kPanelWidths[1], dpi_)});
+      Form_Resize(SIZE_RESTORED);
+      return result;
+    }
+    case WM_QUERYENDSESSION: return Form_QueryUnload();
+    case WM_CLOSE:
+      if (Form_QueryUnload()) Destroy();
+      return 0;
+    case WM_DESTROY: Form_Unload(); break;
+  }
+  return Form::OnMessage(message, wParam, lParam);
+}
+
+void MainForm::ShowNow(int show) {
+  ::ShowWindow(Handle(), show);
+  ::UpdateWindow(Handle());
+  ::SetFocus(parts_.Text1);
+}
+
+}  // namespace kestrelon::app

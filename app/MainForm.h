@@ -1,0 +1,119 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/MainLayout.h"
+#include "app/Splitter.h"
+#include "app/base/OutsideWorld.h"
+#include "app/base/Program.h"
+#include "app/base/Settings.h"
+#include "items/ListEvents.h"
+#include "store/SharedConnection.h"
+#include "ui/CTooltip.h"
+#include "ui/modTray.h"
+#include "ui/win/Form.h"
+#include "ui/win/MainParts.h"
+
+namespace kestrelon::app {
+
+// The one main window. It builds the controls, hands them down as MainParts and wires every event to the function that
+// does the work; what it does itself is layout, splitter, toolbar dispatch, tray and closing.
+class MainForm : public win::Form {
+ public:
+  // `notify` takes the place of the system's notification area; the default is the real one.
+  MainForm(Program& program, OutsideWorld& world, ui::cSysTray::Notify notify = {});
+  ~MainForm() override;
+
+  // Makes the window and loads everything; the window is not shown yet.
+  void Load();
+  void ShowNow(int show);
+
+  win::ListView* LocalisedHeaders() override { return &ListView1_; }
+  // What the folders below see; for tests as well.
+  win::MainParts& Parts() { return parts_; }
+  Splitter& Picture1() { return Picture1_; }
+  ui::cSysTray& SysTray() { return cSysTray1_; }
+  items::ListHelpers& ListHelpers() { return listHelpers_; }
+
+  // One-based; button 5 is a separator. Which command it starts depends on the pane that was last active.
+  void Toolbar1_ButtonClick(int button);
+  // The bar's left edge, in twips.
+  double BarLeft() const { return barLeft_; }
+  // The second start of the program asks for the window by a message with this mark.
+  void SetWakeMark(WPARAM mark) { wakeMark_ = mark; }
+
+ protected:
+  LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+ private:
+  friend struct MainFormTables;
+  using Handler = void (MainForm::*)();
+
+  // Loading, in the order of the calls.
+  void CreateControls();
+  void WireEvents();
+  void LoadPicturesForDpi();
+  void Form_Load();
+  void ApplyColumnWidths();
+  void ScaleColumnWidths(unsigned oldDpi, unsigned newDpi);
+  void ApplyLanguage();
+
+  // Layout.
+  void Form_Resize(WPARAM kind);
+  void PlacePanes(const PaneLayout& panes);
+  double InnerWidth() const;
+  void Picture1_MouseMove(int x);
+  void Picture1_MouseUp();
+
+  // Tray and closing.
+  void GoToTray();
+  void cSysTray1_Activated();
+  bool Form_QueryUnload();  // false: the window stays
+  void Form_Unload();
+
+  void PaneActivated(bool list);
+  void UpdateToolbar();
+  LRESULT OnNotify(NMHDR& header);
+  bool OnCommand(UINT id);
+
+  // Menu commands that are the window's own.
+  void meu_LoadDatabase_Click();
+  void meu_SaveDatabase_Click();
+  void meu_exit_Click();
+  void meu_AddFirstSibling_Click();
+  void meu_AddPreviousSibling_Click();
+  void meu_AddNextSibling_Click();
+  void meu_AddLastSibling_Click();
+  void meu_AddChild_Click();
+  void meu_Input_Dialog_Click();
+  void meu_ShowItemInfo_Click();
+  void meu_openfile_Click();
+  void meu_English_Click();
+  void meu_Chinese_Traditional_Click();
+  void meu_Chinese_Simplified_Click();
+  void EditCaption();
+  void SelectLanguageName(const std::wstring& name);
+
+  Program& program_;
+  OutsideWorld& world_;
+  Settings settings_;
+  store::SharedConnection connection_;
+  win::Menus menus_;
+  win::TreeView TreeView1_;
+  win::ListView ListView1_;
+  win::StatusBar StatusBar1_;
+  win::Toolbar Toolbar1_;
+  win::MainParts parts_;
+  Splitter Picture1_;
+  ui::CTooltip treeTip_;
+  ui::cSysTray cSysTray1_;
+  items::ListHelpers listHelpers_;
+  double barLeft_ = 3000;  // twips
+  unsigned dpi_ = 96;      // that pictures and columns were made for
+  bool dragging_ = false;  // the splitter
+  bool loaded_ = false;    // the controls exist
+  WPARAM wakeMark_ = 0;
+};
+
+}  // namespace kestrelon::app

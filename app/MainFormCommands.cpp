@@ -1,0 +1,36 @@
+// The menu commands of MainForm. Each is one line: the work lives in the folder that the command belongs to.
+#include "app/MainForm.h"
+#include "app/SlotDialog.h"
+#include "import/OpenFilesCommand.h"
+#include "items/OpenItem.h"
+#include "tree/NodeCommands.h"
+#include "ui/win/Boxes.h"
+
+namespace kestrelon::app {
+
+void MainForm::meu_LoadDatabase_Click() { app::Load(parts_).Show(Handle()); }
+void MainForm::meu_SaveDatabase_Click() { app::Save(parts_).Show(Handle()); }
+void MainForm::meu_exit_Click() { ::SendMessageW(Handle(), WM_CLOSE, 0, 0); }
+void MainForm::meu_AddFirstSibling_Click() { tree::AddFirstSibling(parts_); }
+void MainForm::meu_AddPreviousSibling_Click() { tree::AddPreviousSibling(parts_); }
+void MainForm::meu_AddNextSibling_Click() { tree::AddNextSibling(parts_); }
+void MainForm::meu_AddLastSibling_Click() { tree::AddLastSibling(parts_); }
+void MainForm::meu_AddChild_Click() { tree::AddChild(parts_); }
+void MainForm::meu_Input_Dialog_Click() { imports::meu_Input_Dialog_Click(parts_); }
+void MainForm::meu_ShowItemInfo_Click() { items::meu_ShowItemInfo_Click(parts_, listHelpers_); }
+void MainForm::meu_openfile_Click() { items::OpenSelectedItem(parts_); }
+void MainForm::meu_English_Click() { SelectLanguageName(L"English"); }
+void MainForm::meu_Chinese_Traditional_Click() { SelectLanguageName(L"Chinese_T"); }
+void MainForm::meu_Chinese_Simplified_Click() { SelectLanguageName(L"Chinese_S"); }
+void MainForm::EditCaption() { tree::EditSelectedCaption(parts_); }
+
+void MainForm::SelectLanguageName(const std::wstring& name) {
+  program_.languageName = name;
+  ApplyLanguage();
+  win::InRoutine(world_, Handle(), L"SelectLanguage Error:", false, [&] {
+    settings_.Write(L"Language", name);
+    return true;
+  });
+}
+
+}  // namespace kestrelon::app

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "app/base/Win32.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace kestrelon {
+
+// Pure path texts. A separator is the backslash.
+
+// Up to the first NUL; the whole text when there is none.
+std::wstring CutAtNul(std::wstring_view text);
+// After the last backslash; the whole text when there is none.
+std::wstring FileNameOfPath(std::wstring_view path);
+// Up to and including the last backslash; empty when there is none.
+std::wstring FolderOfPath(std::wstring_view path);
+// Before the last "."; the whole text when there is none.
+std::wstring NameWithoutExtension(std::wstring_view name);
+// After the last "."; empty when there is none.
+std::wstring ExtensionOf(std::wstring_view name);
+// The folder with a backslash added at its end unless it has one.
+std::wstring WithBackslash(std::wstring_view folder);
+// Does it begin with two backslashes?
+bool IsNetworkPath(std::wstring_view path);
+// Of a network path: from the third character up to the next backslash; empty for any other path.
+std::wstring ServerOfPath(std::wstring_view path);
+
+// A byte count as text: "005 Bytes" below 1024, with at least three digits; from there on "1.50 KB (1,536
+// Bytes)", the count divided by 1024 until it is below 1024 or in gigabytes, with two decimals, and the exact
+// count behind it.
+std::wstring SizeText(std::uint64_t bytes);
+
+// True unless the system says "file not found" (code 2) and nothing else: a missing folder, a path that is
+// too long or denied counts as existing. An empty path is false. `errorOf` gives the system's code for a path
+// (0 = it is there).
+bool FileExists(const std::wstring& path);
+bool FileExists(const std::wstring& path, const std::function<DWORD(const std::wstring&)>& errorOf);
+bool FolderExists(const std::wstring& path);
+
+// The system's temporary folder, ending in a backslash; empty when the system gives none.
+std::wstring TemporaryFolder();
+
+// Can a file be made in this folder (which ends in "\")? Makes and removes a probe named "WriteTest".
+bool WriteTest(const std::wstring& folder);
+
+// Copies `from` to `to` so that `to` is at any moment its old content or the new one: a copy under a
+// temporary name in the target's folder is flushed to the disk and renamed over `to`. Throws
+// std::system_error; `to` is untouched then.
+void ReplaceByCopy(const std::wstring& from, const std::wstring& to);
+// The same with a look at the finished copy, by its path, before it takes the place of `to`: what `check`
+// throws leaves `to` as it is.
+void ReplaceByCopy(const std::wstring& from, const std::wstring& to,
+                   const std::function<void(const std::wstring& copy)>& check);
+// Deletes the file if it is there. Throws std::system_error when it stays.
+void DeleteIfThere(const std::wstring& path);
+
+// Throws std::system_error with GetLastError() (read by the caller at once) and a sentence naming `what`.
+[[noreturn]] void ThrowLastError(const std::wstring& what, DWORD error = ::GetLastError());
+
+std::string Narrow(std::wstring_view text);  // to UTF-8
+std::wstring Widen(std::string_view text);   // from UTF-8
+bool EqualNoCase(std::wstring_view a, std::wstring_view b);
+bool ContainsNoCase(std::wstring_view text, std::wstring_view part);
+std::wstring Trim(std::wstring_view text);  // blanks (U+0020) at both ends
+
+}  // namespace kestrelon

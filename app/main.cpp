@@ -1,0 +1,50 @@
+#include "app/base/Win32.h"
+
+#include <commctrl.h>
+#include <ole2.h>
+
+#include "app/Connect.h"
+#include "app/MainForm.h"
+#include "app/SingleInstance.h"
+#include "ui/win/Boxes.h"
+
+namespace {
+
+// OLE for the whole run of the program: drag and drop, the clipboard.
+struct OleApartment {
+  const HRESULT result = ::OleInitialize(nullptr);
+  ~OleApartment() {
+    if (SUCCEEDED(result)) ::OleUninitialize();
+  }
+};
+
+int Run(int show) {
+  using namespace kestrelon;
+  OutsideWorld world = SystemWorld();
+  Program program = app::NameProgram(app::ExecutableFolder(), app::EnvironmentValue(L"APPDATA"));
+  return win::InRoutine(world, nullptr, program.productName, 1, [&] {
+    const app::SingleInstance instance(program.dataFolder);
+    if (!instance.IsFirst()) {
+      instance.WakeTheOther();
+      return 0;
+    }
+    if (!app::Connect(program, world)) return 1;
+    app::MainForm mainForm(program, world);
+    mainForm.SetWakeMark(instance.FolderMark());
+    mainForm.Load();
+    mainForm.ShowNow(show);
+    MSG message;
+    while (win::PumpOneMessage(message)) {
+    }
+    return 0;
+  });
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int show) {
+  const INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
+  ::InitCommonControlsEx(&classes);
+  const OleApartment ole;
+  return Run(show);
+}

@@ -1,0 +1,98 @@
+#include "items/ListEvents.h"
+
+#include <ole2.h>
+
+#include <cstdlib>
+
+#include "app/base/File.h"
+#include "items/FileListDataObject.h"
+#include "items/ItemCommands.h"
+#include "items/ItemInformation.h"
+#include "items/OpenItem.h"
+#include "ui/win/Boxes.h"
+
+namespace kestrelon::items {
+namespace {
+
+constexpr int kControl = 2;
+constexpr int kAlt = 4;
+
+// Says whether the drag goes on: until the left button is up or Escape is pressed.
+class DropSource final : public IDropSource {
+ public:
+  virtual ~DropSource() = default;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
+    if (!object) return E_POINTER;
+    const bool known = id == IID_IUnknown || id == IID_IDropSource;
+    *object = known ? static_cast<IDropSource*>(this) : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
+  }
+  // Lives on the stack of the drag.
+  ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
+  HRESULT STDMETHODCALLTYPE QueryContinueDrag(BOOL escape, DWORD keys) noexcept override {
+    if (escape) return DRAGDROP_S_CANCEL;
+    return (keys & MK_LBUTTON) ? S_OK : DRAGDROP_S_DROP;
+  }
+  HRESULT STDMETHODCALLTYPE GiveFeedback(DWORD) noexcept override { return DRAGDROP_S_USEDEFAULTCURSORS; }
+};
+
+}  // namespace
+
+void ListView1_ColumnClick(win::MainParts& parts, ListHelpers& helpers, std::size_t column) {
+  win::ListView& list = parts.ListView1;
+  if (list.SortKey() == static_cast<int>(column)) list.SetHeaderTag(column, ~list.HeaderTag(column));
+  const bool descending = std::abs(list.HeaderTag(column)) == 1;
+  list.SortBy(column, descending);
+  helpers.tip.Hide();
+  if (!helpers.sortIcons) {
+    helpers.sortIcons = std::make_unique<ui::cLVHeaderSortIcons>(parts.program.programFolder);
+  }
+  helpers.sortIcons->ShowSortIcon(list.Handle(), static_cast<int>(column), descending);
+}
+
+void ListView1_DblClick(win::MainParts& parts) { OpenSelectedItem(parts); }
+
+void ListView1_KeyDown(win::MainParts& parts, int keyCode, int shift) {
+  if (keyCode == VK_F6) OpenSelectedItem(parts);
+  if (keyCode == 'A' && shift == kControl && parts.ListView1.Count() > 0) parts.ListView1.SelectAll();
+  if (keyCode == VK_RETURN && (shift & kAlt) == 0) OpenSelectedItem(parts);
+}
+
+void ListView1_MouseUp(win::MainParts& parts, int button, int /*shift*/, POINT point) {
+  EnableItemCommands(parts);
+  if (button != 2) return;
+  ::ClientToScreen(parts.ListView1.Handle(), &point);
+  parts.menus.PopUp(L"meu_List", point);
+}
+
+void ListView1_SelectionChanged(win::MainParts& parts) { EnableItemCommands(parts); }
+
+std::vector<std::wstring> DraggedPaths(win::MainParts& parts) {
+  std::vector<std::wstring> paths;
+  for (const std::size_t row : parts.ListView1.SelectedRows()) {
+    std::wstring path(parts.ListView1.Rows()[row].Text(3));
+    if (ServerAnswers(parts.world, path) && FileExists(path)) paths.push_back(std::move(path));
+  }
+  return paths;
+}
+
+void ListView1_OLEStartDrag(win::MainParts& parts) {
+  win::Quietly([&] {
+    const win::ComPtr<IDataObject> data = MakeFileListDataObject(DraggedPaths(parts));
+    DropSource source;
+    // While these are set, a drop on the tree moves the items instead of adding the files.
+    parts.internalDrag = parts.listDrag = true;
+    const win::Finally completed([&] { parts.internalDrag = parts.listDrag = false; });
+    DWORD effect = DROPEFFECT_NONE;
+    ::DoDragDrop(data.get(), &source, DROPEFFECT_COPY, &effect);
+  });
+}
+
+void meu_ShowItemInfo_Click(win::MainParts& parts, ListHelpers& helpers) {
+  const bool show = !parts.menus.IsChecked(L"meu_ShowItemInfo");
+  parts.menus.Check(L"meu_ShowItemInfo", show);
+  if (!show) helpers.tip.Hide();
+}
+
+}  // namespace kestrelon::items

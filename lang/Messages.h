@@ -1,0 +1,38 @@
+#pragma once
+
+namespace kestrelon::lang {
+
+// One numbered message: its key in section "messagebox" of the language files and the built-in English text,
+// which is shown to the blank where the language file has none. Some texts end in blanks or differ only by
+// one: they are fixed.
+struct MessageText {
+  int number;
+  const wchar_t* english;
+};
+
+inline constexpr MessageText kExitQuestion{1, L"Program will be exit, Save Changes ? "};
+inline constexpr MessageText kReplaceQuestion{
+    2, L"All records in your Database will be Replaced, Are you sure?"};
+inline constexpr MessageText kSelectCategoryFirst{3, L"Please select a category at first!"};
+// The menu commands and the file selection dialog; files dropped on the list have their own text, without the
+// blank.
+inline constexpr MessageText kSelectCategoryToImport{4, L"Please select a category to import !"};
+inline constexpr MessageText kSelectCategoryToDropOn{5, L"Please select a category to import!"};
+inline constexpr MessageText kNoCategorySelected{
+    6, L"No nodes selected. You need to select files for this operation."};
+inline constexpr MessageText kDeleteCategoryQuestion{
+    7, L"Delete Category and all it's sub-categories ? (don't delete the original of the file)"};
+inline constexpr MessageText kCannotOpenFile{11, L"Can not open File!"};
+inline constexpr MessageText kOperationFinished{13, L"Operation Finished!"};
+inline constexpr MessageText kDeleteItemsQuestion{17, L"Delete selected item(s) in list? "};
+inline constexpr MessageText kDeleteFilesQuestion{18, L"delete the original of the file at the same time? "};
+inline constexpr MessageText kNoItemSelected{
+    20, L"No files selected. You need to select files for this operation."};
+
+// Every message, in order of number: the language files are checked against it.
+inline constexpr MessageText kMessages[] = {
+    kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
+    kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
+    kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected};
+
+}  // namespace kestrelon::lang

@@ -1,0 +1,87 @@
+// The category tree between the control and TreeviewTable.
+
+#include "app/base/File.h"
+#include "store/SharedConnection.h"
+#include "store/Store.h"
+#include "ui/win/Handles.h"
+
+namespace kestrelon::store {
+
+namespace {
+
+// What stands in the table as the parent of a top-level category.
+constexpr wchar_t kNoParent[] = L"0_";
+// Pictures of a category, at rest and selected.
+constexpr int kImage = 1, kSelectedImage = 2;
+
+void SaveNode(jet::Recordset& rows, std::wstring_view parent, const win::TreeNode& node) {
+  rows.AddNew();
+  rows.SetField(u"parent", ToEngine(parent));
+  rows.SetField(u"key", ToEngine(node.Key()));
+  rows.SetField(u"text", ToEngine(node.Text()));
+  rows.Update();
+}
+
+// Everything below `top`, each node before its children and these before its next sibling. It goes along the
+// links and does not call itself: a tree may be deeper than the stack.
+void SaveTreeChildren(jet::Recordset& rows, const win::TreeNode& top) {
+  const win::TreeNode* node = &top;
+  for (;;) {
+    if (node->Child() != nullptr) {
+      node = node->Child();
+    } else {
+      while (node != &top && node->Next() == nullptr) node = node->Parent();
+      if (node == &top) return;
+      node = node->Next();
+    }
+    SaveNode(rows, node->Parent()->Key(), *node);
+  }
+}
+
+}  // namespace
+
+void SaveTree(win::MainParts& parts) {
+  Opened database(parts.connection);
+  database->Execute(L"DELETE * FROM TreeviewTable");
+  jet::Recordset rows;
+  rows.Open(u"SELECT * FROM TreeviewTable", database->Ado());
+  for (const win::TreeNode* node = parts.TreeView1.FirstRoot(); node != nullptr; node = node->Next()) {
+    SaveNode(rows, kNoParent, *node);
+    SaveTreeChildren(rows, *node);
+  }
+  rows.Close();
+  database.Close();
+}
+
+void LoadTree(win::MainParts& parts) {
+  win::TreeView& tree = parts.TreeView1;
+  const win::RedrawOff redrawOff(tree.Handle());
+  ShowEmptyTree(parts);
+
+  Opened database(parts.connection);
+  jet::Recordset rows;
+  rows.Open(u"SELECT * FROM TreeviewTable order by i", database->Ado());
+  for (; !rows.EndOfFile(); rows.MoveNext()) {
+    const std::wstring parent = Trim(ToWindows(rows.Text(u"parent")));
+    const std::wstring key = Trim(ToWindows(rows.Text(u"key")));
+    const std::wstring text = Trim(ToWindows(rows.Text(u"text")));
+    if (parent == kNoParent) {
+      tree.Add(nullptr, win::Relationship::kLast, key, text, kImage, kSelectedImage);
+      continue;
+    }
+    win::TreeNode* parentNode = tree.Find(parent);
+    if (parentNode == nullptr) throw win::ControlError(win::kElementNotFound, "Element not found");
+    tree.Add(parentNode, win::Relationship::kChild, key, text, kImage, kSelectedImage);
+  }
+  rows.Close();
+  database.Close();
+}
+
+void ShowEmptyTree(win::MainParts& parts) {
+  parts.TreeView1.Clear();
+  parts.ListView1.Clear();  // no category is current, so none has items to show
+  win::SetCurrentCategory(parts, L"", L"");
+  win::ShowObjectCount(parts);
+}
+
+}  // namespace kestrelon::store

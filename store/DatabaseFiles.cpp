@@ -1,0 +1,148 @@
+// The operations on whole database files: slots, the backup of the items, compaction.
+
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+#include "app/base/File.h"
+#include "jet/Database.h"
+#include "lang/SelectLanguage.h"
+#include "store/Schema.h"
+#include "store/SharedConnection.h"
+#include "store/Store.h"
+#include "ui/win/Boxes.h"
+#include "ui/win/Handles.h"
+
+namespace kestrelon::store {
+
+namespace {
+
+std::wstring WorkingDatabase(const Program& program) { return program.dataFolder + program.workingDatabase; }
+
+// Throws unless the file is a database with every table and column of ours, each row of which can be read.
+// Tables and columns beside them do no harm.
+void CheckIsOurs(const std::wstring& path) {
+  const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
+  for (const jet::NewTable& wanted : Schema()) {
+    const jet::Table& table = database->OpenTable(wanted.name);
+    std::vector<std::size_t> columns;
+    for (const jet::NewColumn& column : wanted.columns) {
+      const std::optional<std::size_t> found = table.FindColumn(column.name);
+      if (!found) {
+        throw jet::Error(jet::code::kMissingParameter,
+                         u"The table '" + wanted.name + u"' has no column '" + column.name + u"'.");
+      }
+      columns.push_back(*found);
+    }
+    jet::Value value;
+    for (jet::Cursor row = table.Rows(); row.Next();) {
+      for (const std::size_t column : columns) row.Read(column, value);
+    }
+  }
+}
+
+std::wstring InTemporaryFolder(const wchar_t* name) {
+  const std::wstring folder = TemporaryFolder();
+  if (folder.empty()) throw std::runtime_error("The system has no temporary folder.");
+  return folder + name;
+}
+
+void EmptyTables(win::MainParts& parts) {
+  Opened database(parts.connection);
+  database->Execute(L"DELETE * FROM Fbackup");
+  database->Execute(L"DELETE * FROM TreeviewTable");
+  database->Execute(L"DELETE * FROM FTable");
+  database.Close();
+}
+
+void WriteTree(win::MainParts& parts) {
+  const std::wstring shown = parts.StatusBar1.PanelText(1);
+  parts.StatusBar1.SetPanelText(1, L"Saving ....  ");
+  ::UpdateWindow(parts.StatusBar1.Handle());  // nothing else draws it before the work is done
+  const win::Finally showAgain([&] { parts.StatusBar1.SetPanelText(1, shown); });
+  SaveTree(parts);
+}
+
+}  // namespace
+
+void LoadData(win::MainParts& parts, const std::wstring& fileName) {
+  const HWND owner = parts.form.Handle();
+  win::InRoutine(parts.world, owner, L"LoadData Error:", false, [&] {
+    const std::wstring slot = parts.program.dataFolder + fileName;
+    if (FileExists(slot)) {
+      // A damaged or foreign slot is found out before anything is given up for it.
+      ReplaceByCopy(slot, WorkingDatabase(parts.program), CheckIsOurs);
+      parts.connection.Forget();
+      LoadTree(parts);
+    } else {
+      ReplaceByCopy(parts.program.dataFolder + L"Temp.dat", slot);
+      ShowEmptyTree(parts);
+    }
+    return true;
+  });
+}
+
+bool SaveData(win::MainParts& parts, const std::wstring& fileName, HWND owner) {
+  return win::InRoutine(parts.world, owner, L"SaveData Error:", false, [&] {
+    Program& program = parts.program;
+    win::WriteViewSettings(parts);
+    if (parts.world.messageBox(owner, lang::Message(program, lang::kReplaceQuestion), program.productName,
+                               MB_OKCANCEL | MB_ICONQUESTION) != IDOK) {
+      return false;
+    }
+    if (parts.TreeView1.Count() == 0) {
+      EmptyTables(parts);
+    } else {
+      WriteTree(parts);
+    }
+    // The exit question must not be left out before the slot has the content.
+    program.databaseSaved = true;
+    bool slotWritten = false;
+    const win::Finally takeBack([&] { program.databaseSaved = slotWritten; });
+    const std::wstring working = WorkingDatabase(program);
+    if (!CompactJetDatabase(parts.world, owner, working, false)) {
+      throw std::runtime_error("The database could not be compacted. Nothing was saved to the slot.");
+    }
+    parts.connection.Forget();
+    ReplaceByCopy(working, program.dataFolder + fileName);
+    slotWritten = true;
+    return true;
+  });
+}
+
+bool BackUpDatas(win::MainParts& parts) {
+  return win::InRoutine(parts.world, parts.form.Handle(), L"BackUpDatas Error:", false, [&] {
+    Opened database(parts.connection);
+    database->Execute(L"DELETE FROM FBackup");
+    database->Execute(L"INSERT INTO FBackup SELECT * FROM FTablE");
+    database.Close();
+    return true;
+  });
+}
+
+bool RestoreDatas(win::MainParts& parts) {
+  return win::InRoutine(parts.world, parts.form.Handle(), L"RestoreDatas Error:", false, [&] {
+    Opened database(parts.connection);
+    database->Execute(L"DELETE FROM FTable");
+    database->Execute(L"INSERT INTO FTable SELECT * FROM FBackup");
+    database.Close();
+    return true;
+  });
+}
+
+bool CompactJetDatabase(OutsideWorld& world, HWND owner, const std::wstring& location, bool backupOriginal) {
+  return win::InRoutine(world, owner, L"CompactJetDatabase Error", false, [&] {
+    jet::JetEngine engine;
+    if (!FileExists(location)) return true;
+    if (backupOriginal) ReplaceByCopy(location, InTemporaryFolder(L"backup.dat"));
+    const std::wstring scratch = InTemporaryFolder(L"temp.dat");
+    DeleteIfThere(scratch);
+    const win::Finally removeScratch([&] { ::DeleteFileW(scratch.c_str()); });
+    engine.CompactDatabase(ToEngine(ShortConnectionStringOf(location)),
+                           ToEngine(ShortConnectionStringOf(scratch)));
+    ReplaceByCopy(scratch, location);
+    return true;
+  });
+}
+
+}  // namespace kestrelon::store

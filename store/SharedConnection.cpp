@@ -1,0 +1,41 @@
+#include "store/SharedConnection.h"
+
+#include "ui/win/Boxes.h"
+
+namespace kestrelon::store {
+
+std::u16string ToEngine(std::wstring_view text) { return {text.begin(), text.end()}; }
+
+std::wstring ToWindows(std::u16string_view text) { return {text.begin(), text.end()}; }
+
+SharedConnection::SharedConnection(std::wstring_view connectionString) {
+  connection_.SetConnectionString(ToEngine(connectionString));
+}
+
+std::size_t SharedConnection::Execute(std::wstring_view sql) { return connection_.Execute(ToEngine(sql)); }
+
+Opened::Opened(SharedConnection& shared) : shared_(shared) {
+  if (shared_.IsOpen()) return;
+  shared_.Ado().Open();
+  mine_ = true;
+}
+
+Opened::~Opened() {
+  if (mine_) win::Quietly([this] { shared_.Ado().Close(); });
+}
+
+void Opened::Close() {
+  if (!mine_) return;
+  mine_ = false;
+  shared_.Ado().Close();
+}
+
+std::wstring Quoted(std::wstring_view value) {
+  std::wstring text;
+  text.reserve(value.size() + 2);
+  text += L'"';
+  text += value;
+  return text += L'"';
+}
+
+}  // namespace kestrelon::store

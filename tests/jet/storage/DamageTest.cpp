@@ -1,0 +1,160 @@
+#include "jet/DataPage.h"
+#include "jet/Pager.h"
+#include "tests/jet/storage/Support.h"
+
+namespace kestrelon::jet {
+namespace {
+
+constexpr std::uint8_t kMapRows = 100, kLongValues = 101;  // told apart from kData by their owner
+
+std::uint8_t KindOf(const std::vector<std::uint8_t>& bytes, std::size_t page) {
+  const std::uint8_t* at = bytes.data() + page * kPageSize;
+  if (at[0] != page_type::kData || page == Pager::kGlobalMapPage) return at[0];
+  return data_page::Owner(at) == 0 ? kMapRows : data_page::Owner(at) == kLongValueOwner ? kLongValues : at[0];
+}
+
+// The last page of a kind.
+std::size_t PageOfKind(const std::vector<std::uint8_t>& bytes, std::uint8_t kind) {
+  for (std::size_t page = bytes.size() / kPageSize; page-- > 2;) {
+    if (KindOf(bytes, page) == kind) return page;
+  }
+  ADD_FAILURE() << "no page of kind " << int{kind};
+  return 0;
+}
+
+// Reads all that a file holds. Damage may show as an Error, and as nothing else.
+void ReadEverything(const ByteVector& bytes) {
+  try {
+    const auto database = OpenInMemory(bytes);
+    std::vector<std::u16string> names = database->TableNames();
+    names.push_back(u"MSysObjects");
+    for (const std::u16string& name : names) {
+      try {
+        ReadAll(database->OpenTable(name));
+      } catch (const Error&) {
+      }
+    }
+    database->Check();
+  } catch (const Error&) {
+  }
+}
+
+// Changes and copies what it can.
+void ChangeEverything(const ByteVector& bytes) {
+  try {
+    const auto database = OpenInMemory(bytes);
+    for (const char16_t* name : {u"FTable", u"TreeviewTable"}) {
+      try {
+        Table& table = database->OpenTable(name);
+        Row row(table.Columns().size());
+        table.Insert(row);
+        const Rows rows = ReadAll(table);
+        const std::pair<std::size_t, Value> change{2, Repeat(u"文", 50)};
+        for (const auto& [id, values] : rows) table.Update(id, {&change, 1});
+        for (const auto& [id, values] : rows) table.Delete(id);
+        table.DeleteAll();
+      } catch (const Error&) {
+      } catch (const std::out_of_range&) {  // a column that the damage took away
+      }
+    }
+    database->Flush();
+  } catch (const Error&) {
+  }
+  try {
+    auto packed = std::make_shared<std::vector<std::uint8_t>>();
+    OpenInMemory(bytes)->CompactInto(*OpenMemoryFile(packed));
+  } catch (const Error&) {
+  }
+}
+
+ByteVector SmallFile() {
+  Fixture fixture;
+  for (int i = 0; i < 12; ++i) fixture.Insert(VariedRow(i));
+  const RowId row = fixture.Insert(VariedRow(3));
+  fixture.Update(row, 6, Repeat(u"chain", 5000));
+  fixture.Update(row, 4, Repeat(u"row", 900));
+  for (const auto& [id, values] : Rows(fixture.model)) fixture.Update(id, 2, Repeat(u"文", 255));  // moved rows
+  for (int i = 0; i < 20; ++i) fixture.Tree().Insert(Row(4));
+  fixture.database->Flush();
+  return fixture.bytes;
+}
+
+class FlippedBytes : public testing::TestWithParam<std::uint8_t> {};
+
+TEST_P(FlippedBytes, AreReadOrRefused) {
+  const ByteVector bytes = SmallFile();
+  const std::size_t page = GetParam() == 0 ? 0 : PageOfKind(*bytes, GetParam());
+  for (std::size_t offset = page * kPageSize; offset < (page + 1) * kPageSize; ++offset) {
+    for (const std::uint8_t mask : {0xFF, 0x01}) {
+      const std::uint8_t before = (*bytes)[offset];
+      (*bytes)[offset] ^= mask;
+      ReadEverything(bytes);
+      // Where the page holds something, also through changing it.
+      if (before != 0 || offset % 64 == 0) ChangeEverything(CopyOf(bytes));
+      (*bytes)[offset] = before;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(OnePageOfEachKind, FlippedBytes,
+                         testing::Values(page_type::kHeader, page_type::kData, page_type::kDefinition,
+                                         page_type::kIndexLeaf, kMapRows, kLongValues));
+
+TEST(FlippedBytes, OfTheFreePageMapAreReadOrRefused) {
+  const ByteVector bytes = SmallFile();
+  for (std::size_t offset = kPageSize; offset < 2 * kPageSize; ++offset) {
+    if (offset % kPageSize > 40 && offset % kPageSize < 3900) continue;  // unused
+    (*bytes)[offset] ^= 0xFF;
+    ReadEverything(bytes);
+    ChangeEverything(CopyOf(bytes));
+    (*bytes)[offset] ^= 0xFF;
+  }
+}
+
+TEST(FlippedBytes, OfIndexNodesAndMapPagesAreReadOrRefused) {
+  Fixture fixture;
+  for (int i = 0; i < 2500; ++i) fixture.Tree().Insert(Row(4));
+  for (int i = 0; i < 600; ++i) fixture.Insert(ItemRow(u"", u"", u"", u"", Repeat(u"m", 1030), u"", Repeat(u"n", 1030)));
+  fixture.database->Flush();
+  for (const std::uint8_t kind : {page_type::kIndexNode, page_type::kMapBits}) {
+    const std::size_t page = PageOfKind(*fixture.bytes, kind);
+    for (std::size_t offset = 0; offset < kPageSize; offset += offset < 40 ? 1 : 97) {
+      (*fixture.bytes)[page * kPageSize + offset] ^= 0xFF;
+      ReadEverything(fixture.bytes);
+      (*fixture.bytes)[page * kPageSize + offset] ^= 0xFF;
+    }
+  }
+}
+
+TEST(CutFile, IsReadOrRefusedAtEveryPage) {
+  const ByteVector bytes = SmallFile();
+  for (std::size_t size = 0; size < bytes->size(); size += 1024) {
+    const ByteVector cut = CopyOf(bytes);
+    cut->resize(size);
+    ReadEverything(cut);
+    ChangeEverything(cut);
+  }
+}
+
+TEST(CutFile, StillOpensWhereOnlyAPartOfANewPageIsLost) {
+  const ByteVector bytes = SmallFile();
+  bytes->resize(bytes->size() + 100);
+  EXPECT_THAT(OpenInMemory(bytes)->Check(), testing::IsEmpty());
+}
+
+TEST(SwappedPages, AreReadOrRefused) {
+  const ByteVector bytes = SmallFile();
+  const std::size_t pages = bytes->size() / kPageSize;
+  for (std::size_t a = 1; a < pages; ++a) {
+    for (std::size_t b = 1; b < pages; b += 3) {
+      const ByteVector damaged = CopyOf(bytes);
+      const auto from = bytes->begin() + static_cast<std::ptrdiff_t>(b * kPageSize);
+      std::copy(from, from + kPageSize, damaged->begin() + static_cast<std::ptrdiff_t>(a * kPageSize));
+      ReadEverything(damaged);
+      if ((a + b) % 4 == 0) ChangeEverything(damaged);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kestrelon::jet

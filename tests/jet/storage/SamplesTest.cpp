@@ -1,0 +1,169 @@
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "tests/jet/storage/MdbTools.h"
+#include "tests/jet/storage/Support.h"
+
+// Databases that Access wrote: read, checked, packed, and compared with what the mdb-tools read.
+
+namespace kestrelon::jet {
+namespace {
+
+using testing::IsEmpty;
+
+std::vector<std::filesystem::path> Samples() {
+  std::vector<std::filesystem::path> files;
+  std::error_code failure;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTRELON_SAMPLES, failure)) {
+    if (entry.path().extension() == ".mdb") files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::unique_ptr<Database> OpenSample(const std::filesystem::path& path) {
+  return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string());
+}
+
+ByteVector ReadBytes(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::make_shared<std::vector<std::uint8_t>>(std::istreambuf_iterator<char>(file),
+                                                     std::istreambuf_iterator<char>());
+}
+
+// A date as "2026-11-21 08:30:00".
+std::string DateText(double days) {
+  const auto seconds = static_cast<std::int64_t>(std::llround(days * 86400.0));
+  const std::chrono::sys_days day = std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) +
+                                    std::chrono::days(static_cast<int>(std::floor(double(seconds) / 86400.0)));
+  const std::chrono::year_month_day date(day);
+  const auto time = (seconds % 86400 + 86400) % 86400;
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d", int(date.year()), unsigned(date.month()),
+                unsigned(date.day()), int(time / 3600), int(time / 60 % 60), int(time % 60));
+  return text;
+}
+
+void ExpectSameCell(const Column& column, const Value& value, const std::string& exported) {
+  SCOPED_TRACE(ToUtf8(column.name));
+  if (IsNull(value)) {
+    EXPECT_EQ(exported, "");
+  } else if (const auto* text = std::get_if<std::u16string>(&value)) {
+    EXPECT_EQ(exported, ToUtf8(*text));
+  } else if (const auto* flag = std::get_if<bool>(&value)) {
+    EXPECT_EQ(exported, *flag ? "1" : "0");
+  } else if (const auto* number = std::get_if<std::int32_t>(&value)) {
+    EXPECT_EQ(exported, std::to_string(*number));
+  } else if (const auto* real = std::get_if<double>(&value)) {
+    if (column.type == ColumnType::kDate) {
+      EXPECT_EQ(exported, DateText(*real));
+    } else {
+      EXPECT_NEAR(std::atof(exported.c_str()), *real, std::abs(*real) * 1e-6);
+    }
+  } else if (column.type == ColumnType::kNumeric) {
+    const Bytes& bytes = std::get<Bytes>(value);
+    EXPECT_EQ(exported, ((bytes[0] & 0x80) != 0 ? "-" : "") + std::to_string(bytes[13] | bytes[14] << 8));
+  } else if (const auto* bytes = std::get_if<Bytes>(&value)) {
+    EXPECT_EQ(exported.size(), 2 * bytes->size());
+  }
+}
+
+class Sample : public testing::TestWithParam<std::filesystem::path> {};
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Sample);
+
+TEST_P(Sample, IsSound) { EXPECT_THAT(OpenSample(GetParam())->Check(), IsEmpty()); }
+
+TEST_P(Sample, HoldsWhatTheMdbToolsRead) {
+  if (!mdb_tools::Present()) GTEST_SKIP() << "the mdb-tools are not installed";
+  const auto database = OpenSample(GetParam());
+  for (const std::u16string& name : database->TableNames()) {
+    SCOPED_TRACE(ToUtf8(name));
+    Table& table = database->OpenTable(name);
+    const auto exported = mdb_tools::Export(GetParam(), ToUtf8(name));
+    const Rows rows = ReadAll(table);
+    ASSERT_EQ(rows.size(), exported.size());
+    std::size_t i = 0;
+    for (const auto& [id, row] : rows) {
+      SCOPED_TRACE(i);
+      for (std::size_t column = 0; column < row.size(); ++column) {
+        ExpectSameCell(table.Columns()[column], row[column], exported[i].at(ToUtf8(table.Columns()[column].name)));
+      }
+      ++i;
+    }
+  }
+}
+
+TEST_P(Sample, KeepsItsRowsWhenPacked) {
+  const auto database = OpenSample(GetParam());
+  auto packed = std::make_shared<std::vector<std::uint8_t>>();
+  database->CompactInto(*OpenMemoryFile(packed));
+
+  const auto copy = OpenInMemory(packed);
+  EXPECT_THAT(copy->Check(), IsEmpty());
+  EXPECT_EQ(copy->TableNames(), database->TableNames());
+  for (const std::u16string& name : database->TableNames()) {
+    std::multiset<std::string> before, after;
+    const auto collect = [&name](Database& from, std::multiset<std::string>& rows) {
+      for (const auto& [id, row] : ReadAll(from.OpenTable(name))) {
+        std::string all;
+        for (const Value& value : row) {
+          if (const auto* text = std::get_if<std::u16string>(&value)) all += ToUtf8(*text);
+          if (const auto* number = std::get_if<std::int32_t>(&value)) all += std::to_string(*number);
+          if (const auto* bytes = std::get_if<Bytes>(&value)) all.append(bytes->begin(), bytes->end());
+          all += '|';
+        }
+        rows.insert(all);
+      }
+    };
+    collect(*database, before);
+    collect(*copy, after);
+    EXPECT_EQ(before, after);
+  }
+}
+
+// Every table either takes the change and stays right, or refuses it and stays as it was.
+TEST_P(Sample, TakesADeletionOrRefusesIt) {
+  const ByteVector bytes = ReadBytes(GetParam());
+  const auto database = OpenInMemory(bytes);
+  for (const std::u16string& name : database->TableNames()) {
+    Table& table = database->OpenTable(name);
+    const Rows rows = ReadAll(table);
+    if (rows.empty()) continue;
+    std::size_t expected = rows.size();
+    try {
+      table.Delete(rows.begin()->first);
+      --expected;
+    } catch (const Error& error) {
+      EXPECT_THAT(error.what(), testing::AnyOf(testing::HasSubstr("cannot hold this text"),
+                                               testing::HasSubstr("is read-only")));
+    }
+    EXPECT_EQ(ReadAll(table).size(), expected);
+  }
+  database->Flush();
+  EXPECT_THAT(OpenInMemory(bytes)->Check(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAccess, Sample, testing::ValuesIn(Samples()), [](const auto& info) {
+  std::string name = info.param.stem().string();
+  std::replace_if(name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
+  return name;
+});
+
+TEST(SampleWithAForeignTextIndex, RefusesRowsWhoseKeysItCannotMake) {
+  const std::filesystem::path path = std::filesystem::path(KESTRELON_SAMPLES) / "access-files" / "unicode-text.mdb";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "the sample is not there";
+  const ByteVector bytes = ReadBytes(path);
+  const std::vector<std::uint8_t> before = *bytes;
+  const auto database = OpenInMemory(bytes);
+  Table& table = database->OpenTable(u"Table");
+  EXPECT_EQ(ErrorNumberOf([&] { table.Insert(Row{Value(), std::u16string(u"plain")}); }), code::kGeneric);
+  EXPECT_EQ(ErrorNumberOf([&] { table.DeleteAll(); }), code::kGeneric);
+  EXPECT_FALSE(database->Dirty());
+  database->Flush();
+  EXPECT_TRUE(*bytes == before);
+}
+
+}  // namespace
+}  // namespace kestrelon::jet

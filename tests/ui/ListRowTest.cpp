@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+
+#include "ui/win/ListView.h"
+
+namespace kestrelon::win {
+namespace {
+
+TEST(ListRow, KeepsFiveTextsAndATag) {
+  ListRow row;
+  row.Set({L"alias", L"file.txt", L"C:\\a\\file.txt", L"11/15/2026", L"comment"}, L"3#K_");
+
+  EXPECT_EQ(row.Text(0), L"");
+  EXPECT_EQ(row.Text(1), L"alias");
+  EXPECT_EQ(row.Text(2), L"file.txt");
+  EXPECT_EQ(row.Text(3), L"C:\\a\\file.txt");
+  EXPECT_EQ(row.Text(4), L"11/15/2026");
+  EXPECT_EQ(row.Text(5), L"comment");
+  EXPECT_EQ(row.Tag(), L"3#K_");
+}
+
+TEST(ListRow, StartsEmpty) {
+  const ListRow row;
+  for (std::size_t column = 0; column < ListRow::kColumns; ++column) EXPECT_EQ(row.Text(column), L"");
+  EXPECT_EQ(row.Tag(), L"");
+}
+
+TEST(ListRow, ChangesOneTextAndLeavesTheOthers) {
+  ListRow row;
+  row.Set({L"a", L"b", L"c", L"d", L"e"}, L"t");
+
+  row.SetText(2, L"longer than before");
+  row.SetText(4, L"");
+  row.SetText(5, L"last");
+  row.SetTag(L"tag");
+
+  EXPECT_EQ(row.Text(1), L"a");
+  EXPECT_EQ(row.Text(2), L"longer than before");
+  EXPECT_EQ(row.Text(3), L"c");
+  EXPECT_EQ(row.Text(4), L"");
+  EXPECT_EQ(row.Text(5), L"last");
+  EXPECT_EQ(row.Tag(), L"tag");
+}
+
+TEST(ListRow, MayBeSetFromItsOwnTexts) {
+  ListRow row;
+  row.Set({L"alias", L"b", L"c", L"d", L"e"}, L"t");
+
+  row.Set({row.Text(5), row.Text(1), row.Text(3), row.Text(2), row.Text(4)}, row.Tag());
+
+  EXPECT_EQ(row.Text(1), L"e");
+  EXPECT_EQ(row.Text(2), L"alias");
+  EXPECT_EQ(row.Tag(), L"t");
+}
+
+}  // namespace
+}  // namespace kestrelon::win

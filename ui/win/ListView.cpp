@@ -1,0 +1,251 @@
+// The list's control, columns and events. Its rows and their selection are in ListViewSelection.cpp.
+
+#include "ui/win/ListView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "app/base/File.h"
+#include "ui/win/Window.h"
+
+namespace kestrelon::win {
+
+namespace {
+
+constexpr int kLeft = 1, kRight = 2;
+constexpr std::size_t kAliasColumn = 1;
+constexpr int kRowImage = 2;  // small icon number 3
+constexpr UINT kSelectionChanged = WM_APP + 1;
+
+}  // namespace
+
+ListView::~ListView() {
+  quiet_ = true;
+  if (handle_ != nullptr) ::DestroyWindow(handle_);
+}
+
+void ListView::Create(HWND parent, UINT id) {
+  const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS |
+                      LVS_SHAREIMAGELISTS;
+  handle_ = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"", style, 0, 0, 0, 0, parent,
+                              reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
+                              nullptr);
+  if (handle_ == nullptr) ThrowLastError(L"list view");
+  const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER;
+  ::SendMessageW(handle_, LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
+  if (!::SetWindowSubclass(handle_, &ListView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
+    ThrowLastError(L"SetWindowSubclass");
+}
+
+void ListView::AddColumn(const std::wstring& text, int widthPixels, bool fixedWidth) {
+  LVCOLUMNW column{};
+  column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM | LVCF_FMT;
+  column.fmt = LVCFMT_LEFT;
+  column.cx = widthPixels;
+  column.iSubItem = static_cast<int>(ColumnCount());
+  column.pszText = const_cast<wchar_t*>(text.c_str());  // the call only reads it
+  ::SendMessageW(handle_, LVM_INSERTCOLUMNW, ColumnCount(), reinterpret_cast<LPARAM>(&column));
+  headerTags_.push_back(0);
+  fixedWidths_.push_back(fixedWidth);
+}
+
+std::size_t ListView::ColumnCount() const { return headerTags_.size(); }
+
+std::wstring ListView::ColumnText(std::size_t column) const {
+  wchar_t text[512] = {};
+  LVCOLUMNW query{};
+  query.mask = LVCF_TEXT;
+  query.pszText = text;
+  query.cchTextMax = static_cast<int>(std::size(text));
+  ::SendMessageW(handle_, LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(&query));
+  return text;
+}
+
+void ListView::SetColumnText(std::size_t column, const std::wstring& text) {
+  LVCOLUMNW change{};
+  change.mask = LVCF_TEXT;
+  change.pszText = const_cast<wchar_t*>(text.c_str());
+  ::SendMessageW(handle_, LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&change));
+}
+
+int ListView::ColumnWidth(std::size_t column) const {
+  return static_cast<int>(::SendMessageW(handle_, LVM_GETCOLUMNWIDTH, column, 0));
+}
+
+void ListView::SetColumnWidth(std::size_t column, int pixels) {
+  ::SendMessageW(handle_, LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
+}
+
+void ListView::SetSmallImages(UniqueImageList images) {
+  ::SendMessageW(handle_, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images.get()));
+  images_ = std::move(images);  // the old pictures go only after the control has let go of them
+}
+
+std::optional<std::size_t> ListView::HitTest(POINT client) const {
+  LVHITTESTINFO hit{};
+  hit.pt = client;
+  const LRESULT row = ::SendMessageW(handle_, LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+  if (row < 0 || static_cast<std::size_t>(row) >= rows_.size()) return std::nullopt;
+  return static_cast<std::size_t>(row);
+}
+
+LRESULT CALLBACK ListView::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                             DWORD_PTR self) {
+  return Guarded(
+      0, [&] { return reinterpret_cast<ListView*>(self)->OnControlMessage(message, wParam, lParam); });
+}
+
+LRESULT ListView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
+  const POINT point = PointOf(lParam);
+  buttons_.Press(button);
+  if (events.mouseDown) events.mouseDown(button, ShiftState(), point);
+  if (button == kRight) {
+    // The control would wait for the release in a loop of its own, swallow it and offer a context menu.
+    ::SetFocus(handle_);
+    SelectForRightPress(point);
+    return 0;
+  }
+  const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+  if (message == WM_LBUTTONDBLCLK && HitTest(point)) {
+    DeliverSelectionChanged();
+    if (events.doubleClick) events.doubleClick();
+  }
+  return result;
+}
+
+LRESULT ListView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  LRESULT result = 0;
+  switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK: result = OnPress(kLeft, message, wParam, lParam); break;
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONDBLCLK: result = OnPress(kRight, message, wParam, lParam); break;
+    case WM_LBUTTONUP:
+    case WM_RBUTTONUP: {
+      const int button = message == WM_LBUTTONUP ? kLeft : kRight;
+      if (button == kLeft) result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      DeliverSelectionChanged();
+      if (buttons_.Release(button) && events.mouseUp) events.mouseUp(button, ShiftState(), PointOf(lParam));
+      return result;
+    }
+    case WM_MOUSEMOVE:
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (!trackingLeave_) {
+        TRACKMOUSEEVENT track{sizeof(TRACKMOUSEEVENT), TME_LEAVE, handle_, 0};
+        trackingLeave_ = ::TrackMouseEvent(&track) != FALSE;
+      }
+      if (events.mouseMove) events.mouseMove(ButtonsOf(wParam), ShiftState(), PointOf(lParam));
+      break;
+    case WM_MOUSELEAVE:
+      trackingLeave_ = false;
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (events.mouseLeave) events.mouseLeave();
+      return result;
+    case WM_KEYDOWN:
+    case WM_SYSKEYDOWN:
+      DeliverSelectionChanged();
+      if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    case WM_CHAR:
+      // Enter, Escape and Ctrl with a letter look for no row; the control would beep.
+      if (wParam < L' ') return 0;
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    case WM_SETFOCUS:
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (events.gotFocus) events.gotFocus();
+      return result;
+    case WM_NOTIFY: {
+      const NMHDR& header = *reinterpret_cast<const NMHDR*>(lParam);
+      if (header.code == HDN_BEGINTRACKW || header.code == HDN_BEGINTRACKA ||
+          header.code == HDN_DIVIDERDBLCLICKW || header.code == HDN_DIVIDERDBLCLICKA) {
+        const int column = reinterpret_cast<const NMHEADERW&>(header).iItem;
+        if (column >= 0 && static_cast<std::size_t>(column) < fixedWidths_.size() &&
+            fixedWidths_[static_cast<std::size_t>(column)])
+          return TRUE;
+      }
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    }
+    case kSelectionChanged: DeliverSelectionChanged(); return 0;
+    case WM_NCDESTROY: {
+      const HWND window = std::exchange(handle_, nullptr);
+      ::RemoveWindowSubclass(window, &ListView::SubclassProcedure, 0);
+      return ::DefSubclassProc(window, message, wParam, lParam);
+    }
+    default: return ::DefSubclassProc(handle_, message, wParam, lParam);
+  }
+  if (buttons_.ReleaseWasSwallowed(kLeft)) {
+    POINT point;
+    ::GetCursorPos(&point);
+    ::ScreenToClient(handle_, &point);
+    DeliverSelectionChanged();
+    if (events.mouseUp) events.mouseUp(kLeft, ShiftState(), point);
+  }
+  return result;
+}
+
+void ListView::PostSelectionChanged() {
+  if (quiet_ || selectionPosted_) return;
+  selectionPosted_ = ::PostMessageW(handle_, kSelectionChanged, 0, 0) != FALSE;
+}
+
+void ListView::DeliverSelectionChanged() {
+  if (!std::exchange(selectionPosted_, false)) return;
+  if (events.selectionChanged) events.selectionChanged();
+}
+
+LRESULT ListView::OnDisplayInfo(NMLVDISPINFOW& info) {
+  LVITEMW& item = info.item;
+  if (item.iItem < 0 || static_cast<std::size_t>(item.iItem) >= rows_.size()) return 0;
+  if ((item.mask & LVIF_IMAGE) != 0) item.iImage = kRowImage;
+  if ((item.mask & LVIF_TEXT) != 0 && item.pszText != nullptr && item.cchTextMax > 0) {
+    const auto column = static_cast<std::size_t>(item.iSubItem);
+    const std::wstring_view text = column < ListRow::kColumns
+                                       ? rows_[static_cast<std::size_t>(item.iItem)].Text(column)
+                                       : std::wstring_view();
+    const std::size_t length = text.copy(item.pszText, static_cast<std::size_t>(item.cchTextMax) - 1);
+    item.pszText[length] = L'\0';
+  }
+  return 0;
+}
+
+LRESULT ListView::OnFindItem(const NMLVFINDITEMW& find) {
+  // Letters typed look for the alias: the first column, which the control would search, has no text.
+  if ((find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || find.lvfi.psz == nullptr || rows_.empty())
+    return -1;
+  const std::wstring_view wanted = find.lvfi.psz;
+  const bool partial = (find.lvfi.flags & LVFI_PARTIAL) != 0;
+  const std::size_t start = find.iStart > 0 ? static_cast<std::size_t>(find.iStart) % rows_.size() : 0;
+  const std::size_t steps = (find.lvfi.flags & LVFI_WRAP) != 0 ? rows_.size() : rows_.size() - start;
+  for (std::size_t i = 0; i < steps; ++i) {
+    const std::size_t row = (start + i) % rows_.size();
+    const std::wstring_view alias = rows_[row].Text(kAliasColumn);
+    if (EqualNoCase(partial ? alias.substr(0, wanted.size()) : alias, wanted))
+      return static_cast<LRESULT>(row);
+  }
+  return -1;
+}
+
+LRESULT ListView::OnNotify(NMHDR& header) {
+  switch (header.code) {
+    case LVN_GETDISPINFOW: return OnDisplayInfo(reinterpret_cast<NMLVDISPINFOW&>(header));
+    case LVN_ODFINDITEMW: return OnFindItem(reinterpret_cast<const NMLVFINDITEMW&>(header));
+    case LVN_COLUMNCLICK:
+      if (events.columnClick)
+        events.columnClick(static_cast<std::size_t>(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem));
+      return 0;
+    case LVN_ITEMCHANGED: {
+      const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+      if ((change.uChanged & LVIF_STATE) != 0 && ((change.uNewState ^ change.uOldState) & LVIS_SELECTED) != 0)
+        PostSelectionChanged();
+      return 0;
+    }
+    case LVN_ODSTATECHANGED: PostSelectionChanged(); return 0;
+    case LVN_BEGINDRAG:
+      DeliverSelectionChanged();
+      if (events.beginDrag) events.beginDrag();
+      return 0;
+    default: return 0;
+  }
+}
+
+}  // namespace kestrelon::win

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+
+#include "app/base/OutsideWorld.h"
+#include "app/base/Program.h"
+#include "app/base/Settings.h"
+#include "ui/win/ListView.h"
+#include "ui/win/Menus.h"
+#include "ui/win/StatusBar.h"
+#include "ui/win/Toolbar.h"
+#include "ui/win/TreeView.h"
+
+namespace kestrelon::store {
+class SharedConnection;
+}
+
+namespace kestrelon::win {
+
+// The list's column widths, as the settings keep them. A width that the user did not change is written back with the
+// text it was read with, since 1/1440 inch does not survive the way through pixels.
+struct ColumnWidthTexts {
+  std::wstring text[5];
+  int pixels[5] = {-1, -1, -1, -1, -1};
+};
+
+// What of MainForm the other folders may touch. MainForm makes it once and hands it down.
+struct MainParts {
+  Program& program;
+  OutsideWorld& world;
+  Settings& settings;
+  Form& form;
+  TreeView& TreeView1;
+  ListView& ListView1;
+  StatusBar& StatusBar1;  // panel 2 is the key of the current category; there is no second copy
+  Toolbar& Toolbar1;
+  Menus& menus;
+  store::SharedConnection& connection;
+  HWND Text1 = nullptr;          // holds the focus when neither pane does
+  ColumnWidthTexts widthTexts{};
+  bool internalDrag = false;     // rows of our own list are being dragged
+  bool listDrag = false;         // the list's second drag flag
+  bool listPaneActive = false;   // the pane that last had the focus: list, or tree
+  bool listFindShown = false, treeFindShown = false, commentShown = false;  // tool dialogs that the user has open
+};
+
+// The key of the current category; empty when none is.
+inline std::wstring CurrentCategory(const MainParts& parts) { return parts.StatusBar1.PanelText(2); }
+// Panels 1 and 2 together: panel 1 becomes "Category : " and `shownText` (a name or a path, empty for none), panel 2 the
+// key (empty: no category is current).
+void SetCurrentCategory(MainParts& parts, const std::wstring& shownText, const std::wstring& key);
+// Panel 3: "12 Objects".
+void ShowObjectCount(MainParts& parts);
+// Every change of categories or items.
+inline void MarkChanged(MainParts& parts) { parts.program.databaseSaved = false; }
+
+// The widths, ShowItemInfo and Drag&Drop, written to the settings file from what the window shows.
+void WriteViewSettings(MainParts& parts);
+
+}  // namespace kestrelon::win

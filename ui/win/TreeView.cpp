@@ -1,0 +1,270 @@
+// The tree's model, and the control kept in step with it. What the user does is in TreeViewEvents.cpp.
+
+#include "ui/win/TreeView.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <utility>
+
+#include "app/base/File.h"
+
+namespace kestrelon::win {
+
+namespace {
+
+// The images of a node count from 1; without one of its own the selected node shows the same as the others
+// do.
+int ImageOf(int image) { return image > 0 ? image - 1 : I_IMAGENONE; }
+
+}  // namespace
+
+TreeView::~TreeView() {
+  quiet_ = true;
+  if (handle_ != nullptr) ::DestroyWindow(handle_);
+}
+
+void TreeView::Create(HWND parent, UINT id) {
+  // The control's own drag detection would swallow mouse messages in a loop of its own; drags are the
+  // caller's here.
+  const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT |
+                      TVS_EDITLABELS | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
+  handle_ = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"", style, 0, 0, 0, 0, parent,
+                              reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
+                              nullptr);
+  if (handle_ == nullptr) ThrowLastError(L"tree view");
+  if (!::SetWindowSubclass(handle_, &TreeView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
+    ThrowLastError(L"SetWindowSubclass");
+}
+
+void TreeView::Link(TreeNode& node, TreeNode* parent, TreeNode* previous) {
+  TreeNode*& first = parent != nullptr ? parent->firstChild_ : firstRoot_;
+  TreeNode*& last = parent != nullptr ? parent->lastChild_ : lastRoot_;
+  node.parent_ = parent;
+  node.previous_ = previous;
+  node.next_ = previous != nullptr ? previous->next_ : first;
+  (previous != nullptr ? previous->next_ : first) = &node;
+  (node.next_ != nullptr ? node.next_->previous_ : last) = &node;
+  if (parent != nullptr) ++parent->childCount_;
+}
+
+void TreeView::Unlink(TreeNode& node) {
+  TreeNode*& first = node.parent_ != nullptr ? node.parent_->firstChild_ : firstRoot_;
+  TreeNode*& last = node.parent_ != nullptr ? node.parent_->lastChild_ : lastRoot_;
+  (node.previous_ != nullptr ? node.previous_->next_ : first) = node.next_;
+  (node.next_ != nullptr ? node.next_->previous_ : last) = node.previous_;
+  if (node.parent_ != nullptr) --node.parent_->childCount_;
+  node.parent_ = node.previous_ = node.next_ = nullptr;
+}
+
+TreeNode& TreeView::Add(TreeNode* relative, Relationship relationship, const std::wstring& key,
+                        const std::wstring& text, int image, int selectedImage) {
+  if (!key.empty() && byKey_.contains(key))
+    throw ControlError(kKeyNotUnique, "Key is not unique in collection");
+  TreeNode* parent = nullptr;
+  TreeNode* previous = lastRoot_;
+  if (relative == nullptr) {
+    if (relationship == Relationship::kFirst) previous = nullptr;
+  } else if (relationship == Relationship::kChild) {
+    parent = relative;
+    previous = relative->lastChild_;
+  } else {
+    parent = relative->parent_;
+    switch (relationship) {
+      case Relationship::kFirst: previous = nullptr; break;
+      case Relationship::kLast: previous = &relative->LastSibling(); break;
+      case Relationship::kNext: previous = relative; break;
+      case Relationship::kPrevious: previous = relative->previous_; break;
+      case Relationship::kChild: break;
+    }
+  }
+
+  nodes_.push_back(std::make_unique<TreeNode>());
+  TreeNode& node = *nodes_.back();
+  node.view_ = this;
+  node.key_ = key;
+  node.text_ = text;
+  node.image_ = image;
+  node.selectedImage_ = selectedImage;
+  node.index_ = nodes_.size();
+  if (!key.empty()) byKey_.emplace(node.key_, &node);
+  Link(node, parent, previous);
+  InsertItem(node);
+  return node;
+}
+
+void TreeView::InsertItem(TreeNode& node) {
+  TVINSERTSTRUCTW insert{};
+  insert.hParent = node.parent_ != nullptr ? node.parent_->item_ : TVI_ROOT;
+  // "After that one" costs the control a walk along the siblings: named places wherever there is one.
+  insert.hInsertAfter = node.next_ == nullptr       ? TVI_LAST
+                        : node.previous_ == nullptr ? TVI_FIRST
+                                                    : node.previous_->item_;
+  TVITEMW& item = insert.item;
+  item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+  item.pszText = node.text_.data();
+  item.lParam = reinterpret_cast<LPARAM>(&node);
+  item.iImage = ImageOf(node.image_);
+  item.iSelectedImage = ImageOf(node.selectedImage_ > 0 ? node.selectedImage_ : node.image_);
+  node.item_ = reinterpret_cast<HTREEITEM>(
+      ::SendMessageW(handle_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+}
+
+void TreeView::DeleteItem(HTREEITEM item) {
+  // An edit of a label that goes would be left standing.
+  ::SendMessageW(handle_, TVM_ENDEDITLABELNOW, TRUE, 0);
+  ::SendMessageW(handle_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
+}
+
+std::vector<TreeNode*> TreeView::Subtree(TreeNode& node) {
+  std::vector<TreeNode*> nodes;
+  TreeNode* current = &node;
+  for (;;) {
+    nodes.push_back(current);
+    if (current->firstChild_ != nullptr) {
+      current = current->firstChild_;
+      continue;
+    }
+    while (current != &node && current->next_ == nullptr) current = current->parent_;
+    if (current == &node) return nodes;
+    current = current->next_;
+  }
+}
+
+void TreeView::Remove(TreeNode& node) {
+  const ScopedFlag quiet(quiet_);
+  const std::vector<TreeNode*> gone = Subtree(node);
+  DeleteItem(node.item_);
+  Unlink(node);
+  std::size_t firstGone = nodes_.size();
+  for (TreeNode* removed : gone) {
+    if (removed == dropHighlight_) dropHighlight_ = nullptr;
+    if (removed == pressedNode_) pressedNode_ = nullptr;
+    if (!removed->key_.empty()) byKey_.erase(removed->key_);
+    firstGone = std::min(firstGone, removed->index_ - 1);
+    removed->index_ = 0;
+  }
+  const auto from = nodes_.begin() + static_cast<std::ptrdiff_t>(firstGone);
+  nodes_.erase(std::remove_if(from, nodes_.end(), [](const auto& kept) { return kept->index_ == 0; }),
+               nodes_.end());
+  for (std::size_t i = firstGone; i < nodes_.size(); ++i) nodes_[i]->index_ = i + 1;
+}
+
+void TreeView::Clear() {
+  const ScopedFlag quiet(quiet_);
+  dropHighlight_ = pressedNode_ = nullptr;
+  if (handle_ != nullptr) {
+    const RedrawOff off(handle_);
+    DeleteItem(TVI_ROOT);
+  }
+  byKey_.clear();
+  nodes_.clear();
+  firstRoot_ = lastRoot_ = nullptr;
+}
+
+void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
+  for (const TreeNode* above = &parent; above != nullptr; above = above->parent_)
+    if (above == &node) throw ControlError(kWouldMakeLoop, "This would introduce a cycle");
+
+  const ScopedFlag quiet(quiet_);
+  const RedrawOff off(handle_);
+  const std::vector<TreeNode*> moved = Subtree(node);
+  std::vector<TreeNode*> expanded;
+  for (TreeNode* each : moved) {
+    const auto item = reinterpret_cast<WPARAM>(each->item_);
+    if ((::SendMessageW(handle_, TVM_GETITEMSTATE, item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0)
+      expanded.push_back(each);
+  }
+  TreeNode* const selected = Selected();
+  const bool highlightMoved = std::find(moved.begin(), moved.end(), dropHighlight_) != moved.end();
+
+  // The control cannot move an item: its subtree is taken out and put in again.
+  DeleteItem(node.item_);
+  Unlink(node);
+  Link(node, &parent, parent.lastChild_);
+  for (TreeNode* each : moved) {
+    // Later siblings are not there yet: everything goes last, the top of the subtree because it is.
+    TreeNode* const next = std::exchange(each->next_, nullptr);
+    InsertItem(*each);
+    each->next_ = next;
+  }
+  for (TreeNode* each : expanded) Expand(*each);
+  if (selected != nullptr) Select(selected);
+  if (highlightMoved) SetDropHighlight(dropHighlight_);
+}
+
+TreeNode& TreeView::At(std::size_t index) {
+  if (index < 1 || index > nodes_.size()) throw ControlError(kElementNotFound, "Index out of bounds");
+  return *nodes_[index - 1];
+}
+
+TreeNode* TreeView::Find(const std::wstring& key) {
+  const auto found = byKey_.find(key);
+  return found == byKey_.end() ? nullptr : found->second;
+}
+
+TreeNode* TreeView::NodeOf(HTREEITEM item) {
+  if (item == nullptr) return nullptr;
+  TVITEMW query{};
+  query.mask = TVIF_HANDLE | TVIF_PARAM;
+  query.hItem = item;
+  if (::SendMessageW(handle_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) == 0) return nullptr;
+  return reinterpret_cast<TreeNode*>(query.lParam);
+}
+
+TreeNode* TreeView::Selected() {
+  return NodeOf(reinterpret_cast<HTREEITEM>(::SendMessageW(handle_, TVM_GETNEXTITEM, TVGN_CARET, 0)));
+}
+
+void TreeView::Select(TreeNode* node) {
+  const ScopedFlag quiet(quiet_);
+  ::SendMessageW(handle_, TVM_SELECTITEM, TVGN_CARET,
+                 reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
+}
+
+void TreeView::EnsureVisible(TreeNode& node) {
+  ::SendMessageW(handle_, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(node.item_));
+}
+
+void TreeView::Expand(TreeNode& node) {
+  ::SendMessageW(handle_, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node.item_));
+}
+
+TreeNode* TreeView::HitTest(POINT client) {
+  TVHITTESTINFO hit{};
+  hit.pt = client;
+  const auto item =
+      reinterpret_cast<HTREEITEM>(::SendMessageW(handle_, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+  return (hit.flags & TVHT_ONITEM) != 0 ? NodeOf(item) : nullptr;
+}
+
+void TreeView::SetText(TreeNode& node, const std::wstring& text) {
+  node.text_ = text;
+  TVITEMW item{};
+  item.mask = TVIF_HANDLE | TVIF_TEXT;
+  item.hItem = node.item_;
+  item.pszText = node.text_.data();
+  ::SendMessageW(handle_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+}
+
+void TreeView::SetDropHighlight(TreeNode* node) {
+  dropHighlight_ = node;
+  ::SendMessageW(handle_, TVM_SELECTITEM, TVGN_DROPHILITE,
+                 reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
+}
+
+TreeNode* TreeView::DropHighlight() { return dropHighlight_; }
+
+RECT TreeView::TextRectangle(TreeNode& node) {
+  RECT rectangle{};
+  std::memcpy(&rectangle, &node.item_, sizeof node.item_);  // the message takes the item where it puts the rectangle
+  if (::SendMessageW(handle_, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rectangle)) == 0) return {};
+  return rectangle;
+}
+
+void TreeView::SetImageList(UniqueImageList images) {
+  ::SendMessageW(handle_, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images.get()));
+  images_ = std::move(images);  // the old pictures go only after the control has let go of them
+}
+
+}  // namespace kestrelon::win

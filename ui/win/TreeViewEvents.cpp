@@ -1,0 +1,135 @@
+// What the user does with the tree: mouse, keys, labels.
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/win/TreeView.h"
+#include "ui/win/Window.h"
+
+namespace kestrelon::win {
+
+namespace {
+
+constexpr int kLeft = 1, kRight = 2;
+// Longer than any name that is accepted, so that too long a name can be typed and is then refused with its
+// reason.
+constexpr WPARAM kEditLimit = 1000;
+
+HWND EditOf(HWND tree) { return reinterpret_cast<HWND>(::SendMessageW(tree, TVM_GETEDITCONTROL, 0, 0)); }
+
+}  // namespace
+
+LRESULT CALLBACK TreeView::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                                             DWORD_PTR self) {
+  return Guarded(
+      0, [&] { return reinterpret_cast<TreeView*>(self)->OnControlMessage(message, wParam, lParam); });
+}
+
+LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
+  const POINT point = PointOf(lParam);
+  buttons_.Press(button);
+  if (events.mouseDown) events.mouseDown(button, ShiftState(), point);
+  if (button == kRight) {
+    // The control would wait for the release in a loop of its own, swallow it and offer a context menu. All
+    // that is needed of it is the focus.
+    ::SetFocus(handle_);
+    return 0;
+  }
+  pressedNode_ = HitTest(point);
+  const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+  TreeNode* const clicked = std::exchange(pressedNode_, nullptr);
+  if (clicked != nullptr && events.nodeClick) events.nodeClick(*clicked);
+  return result;
+}
+
+LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  LRESULT result = 0;
+  switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK: result = OnPress(kLeft, message, wParam, lParam); break;
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONDBLCLK: result = OnPress(kRight, message, wParam, lParam); break;
+    case WM_LBUTTONUP:
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (buttons_.Release(kLeft) && events.mouseUp) events.mouseUp(kLeft, ShiftState(), PointOf(lParam));
+      return result;
+    case WM_RBUTTONUP:
+      if (buttons_.Release(kRight) && events.mouseUp) events.mouseUp(kRight, ShiftState(), PointOf(lParam));
+      return 0;
+    case WM_MOUSEMOVE:
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (events.mouseMove) events.mouseMove(ButtonsOf(wParam), ShiftState(), PointOf(lParam));
+      break;
+    case WM_KEYDOWN:
+    case WM_SYSKEYDOWN:
+      if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    case WM_CHAR:
+      // Enter, Escape and Ctrl with a letter look for no node; the control would beep.
+      if (wParam < L' ') return 0;
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    case WM_SETFOCUS:
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (events.gotFocus) events.gotFocus();
+      return result;
+    case WM_NCDESTROY: {
+      const HWND window = std::exchange(handle_, nullptr);
+      ::RemoveWindowSubclass(window, &TreeView::SubclassProcedure, 0);
+      return ::DefSubclassProc(window, message, wParam, lParam);
+    }
+    default: return ::DefSubclassProc(handle_, message, wParam, lParam);
+  }
+  if (buttons_.ReleaseWasSwallowed(kLeft) && events.mouseUp) {
+    POINT point;
+    ::GetCursorPos(&point);
+    ::ScreenToClient(handle_, &point);
+    events.mouseUp(kLeft, ShiftState(), point);
+  }
+  return result;
+}
+
+void TreeView::StartLabelEdit() {
+  const TreeNode* node = Selected();
+  if (node == nullptr) return;
+  ::SetFocus(handle_);
+  startingEdit_ = true;
+  ::SendMessageW(handle_, TVM_EDITLABELW, 0, reinterpret_cast<LPARAM>(node->item_));
+  startingEdit_ = false;
+}
+
+bool TreeView::EditingLabel() const { return EditOf(handle_) != nullptr; }
+
+LRESULT TreeView::OnNotify(const NMHDR& header) {
+  switch (header.code) {
+    case TVN_SELCHANGEDW: {
+      const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
+      if (quiet_ || change.action != TVC_BYKEYBOARD) return 0;
+      TreeNode* const node = NodeOf(change.itemNew.hItem);
+      if (node != nullptr && events.nodeClick) events.nodeClick(*node);
+      return 0;
+    }
+    case TVN_BEGINLABELEDITW: {
+      const LRESULT refused = automaticLabelEdit_ || startingEdit_ ? FALSE : TRUE;
+      if (!refused) ::SendMessageW(EditOf(handle_), EM_SETLIMITTEXT, kEditLimit, 0);
+      return refused;
+    }
+    case TVN_ENDLABELEDITW: {
+      const TVITEMW& item = reinterpret_cast<const NMTVDISPINFOW&>(header).item;
+      if (quiet_ || item.pszText == nullptr) return FALSE;
+      // The notification may carry no more than the first 259 units of what was typed.
+      std::wstring text = item.pszText;
+      if (const HWND edit = EditOf(handle_)) {
+        text.resize(static_cast<std::size_t>(::GetWindowTextLengthW(edit)));
+        text.resize(
+            static_cast<std::size_t>(::GetWindowTextW(edit, text.data(), static_cast<int>(text.size()) + 1)));
+      }
+      TreeNode* const node = NodeOf(item.hItem);
+      if (node == nullptr || (events.afterLabelEdit && !events.afterLabelEdit(text))) return FALSE;
+      SetText(*node, text);
+      return TRUE;
+    }
+    default: return 0;
+  }
+}
+
+}  // namespace kestrelon::win
