@@ -208,6 +208,13 @@ void MainForm::ScaleColumnWidths(unsigned oldDpi, unsigned newDpi) {
   }
 }
 
+void MainForm::ShowSortArrow() {
+  const int column = ListView1_.SortKey();
+  if (!listHelpers_.sortIcons || column < 0) return;
+  const bool descending = ListView1_.HeaderTag(static_cast<std::size_t>(column)) != 0;
+  listHelpers_.sortIcons->ShowSortIcon(ListView1_.Handle(), column, descending);
+}
+
 void MainForm::ApplyLanguage() {
   lang::ReadLanguage(*this, program_, program_.languageName, world_);
   for (const MainFormTables::Language& language : MainFormTables::kLanguages) {
@@ -377,6 +384,7 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       const LRESULT result = Form::OnMessage(message, wParam, lParam);
       StatusBar1_.SetPanelWidths(
           {win::PixelsFromTwips(kPanelWidths[0], dpi_), win::PixelsFromTwips(kPanelWidths[1], dpi_)});
+      ShowSortArrow();
       Form_Resize(SIZE_RESTORED);
       return result;
     }

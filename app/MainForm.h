@@ -57,6 +57,7 @@ class MainForm : public win::Form {
   void Form_Load();
   void ApplyColumnWidths();
   void ScaleColumnWidths(unsigned oldDpi, unsigned newDpi);
+  void ShowSortArrow();  // anew, in the size of the present DPI
   void ApplyLanguage();
 
   // Layout.

@@ -16,7 +16,7 @@ if(WIN32)
   # Address randomisation over the whole 64-bit space, no executable data, unused code left out.
   target_compile_options(project_options INTERFACE -ffunction-sections -fdata-sections -fstack-protector-strong)
   target_link_options(project_options INTERFACE
-    -static -Wl,--gc-sections -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+    -static -fstack-protector-strong -Wl,--gc-sections -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
   if(KESTRELON_CHECKS)
     # The sanitizer run-times do not exist for this compiler; trapping needs none.
     target_compile_definitions(project_options INTERFACE _GLIBCXX_ASSERTIONS)

@@ -7,7 +7,7 @@ namespace kestrelon::items {
 
 void ItemTip::MouseMove(win::MainParts& parts, POINT point) {
   const auto row = parts.menus.IsChecked(L"meu_ShowItemInfo") ? parts.ListView1.HitTest(point) : std::nullopt;
-  if (row == row_) return;
+  if (row == row_ && (!row || parts.ListView1.Rows()[*row].Text(3) == path_)) return;
   Hide();
   if (!row) return;
   win::Quietly([&] {
@@ -18,6 +18,7 @@ void ItemTip::MouseMove(win::MainParts& parts, POINT point) {
     tooltip_.SetTipText(ItemInformation(parts.program, parts.world, std::wstring(item.Text(3))));
     tooltip_.Create(parts.ListView1.Handle());
     row_ = row;
+    path_ = item.Text(3);
     tooltip_.PopUp();
   });
 }

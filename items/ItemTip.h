@@ -3,6 +3,7 @@
 #include "app/base/Win32.h"
 
 #include <optional>
+#include <string>
 
 #include "ui/CTooltip.h"
 #include "ui/win/MainParts.h"
@@ -23,6 +24,7 @@ class ItemTip {
  private:
   ui::CTooltip tooltip_;
   std::optional<std::size_t> row_;
+  std::wstring path_;  // of the row then: the list may have been filled anew since
 };
 
 }  // namespace kestrelon::items

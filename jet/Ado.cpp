@@ -46,6 +46,16 @@ std::filesystem::path DataSource(std::u16string_view connection) {
   return std::filesystem::path(std::u16string(source));
 }
 
+// The face tells only that a file is no database it can use; where the bytes contradict the format is for those who look
+// into files.
+std::unique_ptr<Database> OpenDatabase(std::unique_ptr<File> file, const std::filesystem::path& path) {
+  try {
+    return Database::Open(std::move(file), path.u16string());
+  } catch (const CorruptFile&) {
+    throw Error(code::kGeneric, u"Unrecognized database format '" + path.u16string() + u"'.");
+  }
+}
+
 // One database file as a connection holds it, open or closed. Recordsets share it and notice by `opening` that the
 // connection was closed under them.
 struct Session {
@@ -111,7 +121,7 @@ void Connection::Open() {
     session.database->AttachFile(std::move(file));
   } else {
     session.Drop();
-    session.database = Database::Open(std::move(file), path.u16string());
+    session.database = OpenDatabase(std::move(file), path);
     session.executor = std::make_unique<sql::Executor>(*session.database);
     session.path = std::move(path);
     session.stamp = stamp;
@@ -353,8 +363,7 @@ void Recordset::Update() {
 void JetEngine::CompactDatabase(std::u16string_view sourceConnection, std::u16string_view destinationConnection) {
   const std::filesystem::path source = DataSource(sourceConnection);
   const std::filesystem::path destination = DataSource(destinationConnection);
-  const std::unique_ptr<Database> database =
-      Database::Open(opener_(source, OpenMode::kReadWrite), source.u16string());
+  const std::unique_ptr<Database> database = OpenDatabase(opener_(source, OpenMode::kReadWrite), source);
   std::error_code ignored;
   if (std::filesystem::exists(destination, ignored)) {
     throw Error(code::kGeneric, u"Database '" + destination.u16string() + u"' already exists.");

@@ -13,6 +13,7 @@ bool Cursor::Next() {
     if (slot_ < 0) {
       if (position_ >= pages.size()) {
         row_ = nullptr;
+        size_ = 0;
         return false;
       }
       page_ = pages[position_];

@@ -86,6 +86,7 @@ void PageSet::Remove(std::uint32_t page) {
 }
 
 void PageSet::Clear() {
+  for (const std::uint32_t page : Pages()) Read(page);  // no page of another owner is given back
   for (const std::uint32_t page : Pages()) pager_->Free(page);
   UsageMap(*pager_, ownedMap_).Clear();
   if (freeMap_ != 0) UsageMap(*pager_, freeMap_).Clear();

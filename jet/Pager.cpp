@@ -75,6 +75,7 @@ void Pager::Touch(std::uint32_t page, const std::uint8_t* bytes) {
 
 void Pager::SetFreeBit(std::uint32_t page, bool free) {
   if (page / 64 >= free_.size()) free_.resize(page / 64 + 1);
+  if (inTransaction_) freeBitChanges_.emplace_back(page, FreeBit(page));
   const std::uint64_t bit = std::uint64_t{1} << page % 64;
   free_[page / 64] = free ? free_[page / 64] | bit : free_[page / 64] & ~bit;
 }
@@ -157,12 +158,13 @@ void Pager::Commit() {
     if (spareImages_.size() < kSpare) spareImages_.push_back(std::move(before.bytes));
   }
   before_.clear();
+  freeBitChanges_.clear();
   inTransaction_ = false;
 }
 
 void Pager::Rollback() {
-  const bool changed =
-      !before_.empty() || pageCount_ != pageCountAtBegin_ || freedRecently_.size() != freedAtBegin_;
+  inTransaction_ = false;
+  for (std::size_t i = freeBitChanges_.size(); i-- > 0;) SetFreeBit(freeBitChanges_[i].first, freeBitChanges_[i].second);
   for (std::size_t i = freedAtBegin_; i < freedRecently_.size(); ++i) {
     State& state = states_[freedRecently_[i]];
     state.flags = static_cast<std::uint8_t>(state.flags & ~kFreed);
@@ -181,7 +183,6 @@ void Pager::Rollback() {
   }
   Commit();
   ++epoch_;
-  if (changed) LoadFreePages();
 }
 
 int Pager::WriteClass(std::uint32_t page) const {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "jet/Bytes.h"
@@ -70,7 +71,7 @@ class Pager {
 
   void Begin();
   void Commit();
-  // Puts every page back as it was at Begin().
+  // Puts every page back as it was at Begin(). Does not throw.
   void Rollback();
   bool InTransaction() const { return inTransaction_; }
 
@@ -129,6 +130,7 @@ class Pager {
   bool inTransaction_ = false;
   std::vector<Before> before_;
   std::vector<std::unique_ptr<Image>> spareImages_;
+  std::vector<std::pair<std::uint32_t, bool>> freeBitChanges_;  // page, and its bit before
   std::uint32_t pageCountAtBegin_ = 0;
   std::size_t freedAtBegin_ = 0;
 };

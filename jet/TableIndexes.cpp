@@ -54,6 +54,18 @@ bool TableIndexes::Uses(std::size_t position) const {
   return false;
 }
 
+// The pages of a stale tree are given back unread, so they had better be the index's own.
+void TableIndexes::CheckPages(const RealIndex& index) const {
+  bool hasRoot = false;
+  for (const std::uint32_t page : UsageMap(*table_->pager, index.map).Pages()) {
+    const std::uint8_t* bytes = table_->pager->Read(page);
+    const bool isIndex = bytes[0] == page_type::kIndexLeaf || bytes[0] == page_type::kIndexNode;
+    if (!isIndex || Get32(bytes + 4) != table_->def.page) ThrowCorrupt("an index owns a page of something else", page);
+    hasRoot = hasRoot || page == index.root;
+  }
+  if (!hasRoot) ThrowCorrupt("an index has lost its root", index.root);
+}
+
 void TableIndexes::Prepare() {
   if (prepared_) return;
   keys_.clear();
@@ -65,11 +77,7 @@ void TableIndexes::Prepare() {
       if (!KnowsKeysOf(table_->stored[position])) ThrowUnknownOrder(table_->name);
       text = text || table_->stored[position].Text();
     }
-    const std::uint8_t* root = table_->pager->Read(index.root);
-    const bool isIndex = root[0] == page_type::kIndexLeaf || root[0] == page_type::kIndexNode;
-    if (!isIndex || Get32(root + 4) != table_->def.page || !UsageMap(*table_->pager, index.map).Has(index.root)) {
-      ThrowCorrupt("an index has lost its root", index.root);
-    }
+    CheckPages(index);
     keys.integer = keys.columns.size() == 1 && IsInteger(table_->stored[keys.columns.front()]);
     if (keys.integer && index.Unique()) {
       keys.highest = std::numeric_limits<std::int64_t>::min();

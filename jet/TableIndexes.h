@@ -53,6 +53,7 @@ class TableIndexes {
   };
 
   void Prepare();
+  void CheckPages(const RealIndex& index) const;
   void Learn(std::size_t index);
   bool KeyOf(std::size_t index, const ValueOf& valueOf, std::string& key, bool& anyNull, bool& allNull) const;
 

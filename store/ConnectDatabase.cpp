@@ -13,12 +13,18 @@ std::wstring ShortConnectionStringOf(const std::wstring& path) {
 }
 
 bool ConnectDatabase(const Program& program, OutsideWorld& world) {
+  return ConnectDatabase(world, [&] {
+    jet::Connection connection;
+    connection.SetConnectionString(ToEngine(ConnectionStringOf(program.dataFolder + L"Temp.dat")));
+    connection.Open();
+    connection.Close();
+  });
+}
+
+bool ConnectDatabase(OutsideWorld& world, const std::function<void()>& connect) {
   return win::InRoutine(world, nullptr, L"Error:", false, [&] {
     try {
-      jet::Connection connection;
-      connection.SetConnectionString(ToEngine(ConnectionStringOf(program.dataFolder + L"Temp.dat")));
-      connection.Open();
-      connection.Close();
+      connect();
       return true;
     } catch (const jet::Error& error) {
       // What a missing or unreadable file gives has its own box.

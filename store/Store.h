@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "app/base/OutsideWorld.h"
@@ -11,6 +12,8 @@ namespace kestrelon::store {
 // The start-up test: can "Temp.dat" in the data folder be opened? Shows its box and returns false when it
 // cannot.
 bool ConnectDatabase(const Program& program, OutsideWorld& world);
+// The same for any way to connect: `connect` throws when it fails.
+bool ConnectDatabase(OutsideWorld& world, const std::function<void()>& connect);
 
 // The connection string of a database file, in the long form (working database, test) and the short one
 // (compaction).

@@ -87,8 +87,7 @@ TEST_F(MenuBar, GreysTheEntriesWithoutACommandForGood) {
   Start();
   AddItem(L"A_", 1, {L"item"});
   items::ShowData(Parts(), L"A_");
-  List().SelectOnly(0);
-  win::DoEvents();
+  Click(List().Handle(), MiddleOfRow(0));
   std::vector<std::wstring> enabled;
   for (std::size_t i = 0; i < app::MainFormTables::kCommandCount; ++i) {
     const app::MainFormTables::Command& command = app::MainFormTables::kCommands[i];
@@ -116,8 +115,7 @@ class ToolbarButtons : public MainFormFixture {
     SelectCategory(AddCategory(L"A_", L"A"));
     AddItem(L"A_", 1, {L"item", L"f.txt", L"C:\\f.txt"});
     items::ShowData(Parts(), L"A_");
-    List().SelectOnly(0);
-    win::DoEvents();
+    Click(List().Handle(), MiddleOfRow(0));
   }
   // As the toolbar sends it.
   void Press(int button) {

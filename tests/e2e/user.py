@@ -37,7 +37,7 @@ class User:
 
     def add_files(self, folder, names):
         """By the Open dialog: the folder first, then the names in quotes."""
-        self.menu("alt+l", "Down", "Right", "Return")
+        self.menu("alt+l", "Right", "Return")
         self.desktop.wait_shown(OPEN_TITLE)
         self.desktop.type(folder)
         self.desktop.key("Return")

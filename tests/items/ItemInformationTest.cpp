@@ -85,7 +85,8 @@ TEST_F(ItemInformation, TellsPlaceSizeAttributesAndTimesInThisForm) {
 }
 
 TEST_F(ItemInformation, TellsTheOtherAttributesTheOtherWayRound) {
-  const std::wstring path = dir.WriteFile(L"f");
+  const std::wstring path = dir.Path(L"folder");  // files have the archive flag on some systems whatever is set
+  CreateDirectoryW(path.c_str(), nullptr);
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM);
 
   const std::wstring text = Information(path);

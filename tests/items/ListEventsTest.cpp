@@ -134,8 +134,8 @@ TEST_F(ItemEntries, FollowTheSelectionByKeysToo) {
 
 TEST_F(ItemEntries, WithoutACommandStayGreyWithARowSelected) {
   StartWithRows(1);
-  List().SelectOnly(0);
-  win::DoEvents();
+  Click(List().Handle(), MiddleOfRow(0));
+  ASSERT_TRUE(Menus().IsEnabled(L"meu_openfile"));
   EXPECT_FALSE(Menus().IsEnabled(L"meu_Delete"));
   EXPECT_FALSE(Parts().Toolbar1.IsEnabled(7));
   EXPECT_FALSE(Parts().Toolbar1.IsEnabled(8));

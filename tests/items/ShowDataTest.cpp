@@ -80,8 +80,7 @@ TEST_F(ShowData, ReplacesTheRowsThatWereThere) {
 TEST_F(ShowData, LeavesNothingSelectedAndTheItemCommandsDisabled) {
   StartWithItems();
   items::ShowData(Parts(), L"A_");
-  List().SelectOnly(1);
-  win::DoEvents();
+  Click(List().Handle(), MiddleOfRow(1));
   ASSERT_TRUE(Menus().IsEnabled(L"meu_openfile"));
 
   items::ShowData(Parts(), L"A_");

@@ -24,7 +24,7 @@ class ConnectDatabaseTest : public StoreTest {
 TEST_F(ConnectDatabaseTest, IsTrueWhenTheTemplateOpensAndLeavesItAsItIs) {
   EXPECT_TRUE(ConnectDatabase(dir.program, world));
 
-  EXPECT_EQ(ScopedTestDir::ReadBytes(Data(L"Temp.dat")), TemplateBytes());
+  EXPECT_TRUE(ScopedTestDir::ReadBytes(Data(L"Temp.dat")) == TemplateBytes());
   EXPECT_NO_THROW(DeleteIfThere(Data(L"Temp.dat"))) << "nobody holds it open";
 }
 
@@ -47,6 +47,17 @@ TEST_F(ConnectDatabaseTest, ShowsItsBoxWhenSomebodyElseHoldsTheFile) {
   world.answers = {IDOK};
 
   ExpectConnectDataError();
+}
+
+TEST_F(ConnectDatabaseTest, ShowsTheDescriptionOfAnyOtherError) {
+  world.answers = {IDOK};
+
+  EXPECT_FALSE(ConnectDatabase(world, [] { throw jet::Error(jet::code::kObjectOpen, u"It is open."); }));
+
+  ASSERT_EQ(world.boxes.size(), 1u);
+  EXPECT_EQ(world.boxes[0].text, L"Unkonw Error:It is open.");
+  EXPECT_EQ(world.boxes[0].title, L"Error:");
+  EXPECT_EQ(world.boxes[0].flags, UINT{MB_OK | MB_ICONEXCLAMATION});
 }
 
 TEST(ConnectionString, NamesProviderAndFile) {
@@ -83,7 +94,7 @@ TEST(Template, IsMadeOfTheSameBytesEveryTime) {
   const auto again = std::make_shared<std::vector<std::uint8_t>>();
   jet::CreateDatabase(*jet::OpenMemoryFile(again), Schema(), 46023);
 
-  EXPECT_EQ(std::string(again->begin(), again->end()), TemplateBytes());
+  EXPECT_TRUE(std::string(again->begin(), again->end()) == TemplateBytes());
 }
 
 TEST(Quoted, PutsTheValueBetweenDoubleQuotesAndEscapesNothing) {

@@ -62,7 +62,7 @@ TEST_F(SaveDataTest, WritesTheViewSettingsEvenWhenTheQuestionIsCancelled) {
   EXPECT_EQ(dir.settings.Read(L"ShowItemInfo"), L"True");
   EXPECT_EQ(dir.settings.Read(L"Drag&Drop"), L"False");
   EXPECT_EQ(ScopedTestDir::ReadBytes(slot), "old slot");
-  EXPECT_EQ(ScopedTestDir::ReadBytes(Working()), TemplateBytes());
+  EXPECT_TRUE(ScopedTestDir::ReadBytes(Working()) == TemplateBytes());
   EXPECT_FALSE(dir.program.databaseSaved);
 }
 
@@ -78,7 +78,7 @@ TEST_F(SaveDataTest, PutsTreeAndItemsIntoTheSlot) {
   EXPECT_THAT(
       RowsOf(Slot(), L"SELECT * FROM FTable", {u"TreeviewNode", u"FileIndex", u"LocalFile", u"Comment"}),
       ElementsAre(L"B|1#B|C:\\files\\item.txt|"));
-  EXPECT_EQ(ScopedTestDir::ReadBytes(Slot()), ScopedTestDir::ReadBytes(Working()));
+  EXPECT_TRUE(ScopedTestDir::ReadBytes(Slot()) == ScopedTestDir::ReadBytes(Working()));
   ExpectOnlyWholeFiles();
 }
 
@@ -88,7 +88,7 @@ TEST_F(SaveDataTest, ReplacesAnOlderSlot) {
 
   EXPECT_TRUE(Save());
 
-  EXPECT_EQ(ScopedTestDir::ReadBytes(Slot()), ScopedTestDir::ReadBytes(Working()));
+  EXPECT_TRUE(ScopedTestDir::ReadBytes(Slot()) == ScopedTestDir::ReadBytes(Working()));
 }
 
 TEST_F(SaveDataTest, ComesBackThroughLoadData) {
@@ -183,6 +183,23 @@ TEST_F(SaveDataTest, KeepsTheOldSlotAndTheFlagClearWhenTheSlotIsHeldOpen) {
   ExpectFailed();
   EXPECT_EQ(ScopedTestDir::ReadBytes(Slot()), "old slot");
   EXPECT_THAT(RowsOf(Working(), L"SELECT * FROM TreeviewTable", {u"key"}), ElementsAre(L"A"));
+}
+
+TEST_F(SaveDataTest, KeepsASlotThatIsReadOnly) {
+  dir.WriteFile(L"KestrelonData\\Data2.dat", "old slot");
+  SetFileAttributesW(Slot().c_str(), FILE_ATTRIBUTE_READONLY);
+  AddCategory(nullptr, L"A", L"top");
+  world.answers = {IDOK};
+
+  const bool saved = Save();
+
+  SetFileAttributesW(Slot().c_str(), FILE_ATTRIBUTE_NORMAL);
+  if (saved) {
+    world.answers.clear();
+    GTEST_SKIP() << "this system renames over read-only files";
+  }
+  ExpectFailed();
+  EXPECT_EQ(ScopedTestDir::ReadBytes(Slot()), "old slot");
 }
 
 TEST_F(SaveDataTest, SaysInTheBoxWhichFileCouldNotBeReplaced) {

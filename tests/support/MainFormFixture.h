@@ -8,6 +8,7 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,9 +33,11 @@ inline const std::string& TemplateBytes() {
   static const std::string bytes = [] {
     const ScopedTestDir dir;
     const std::wstring path = dir.Path(L"Temp.dat");
-    const auto file = jet::OpenFile(path, jet::OpenMode::kCreate);
-    jet::CreateDatabase(*file, store::Schema(), 46023);
-    file->Flush();
+    {
+      const auto file = jet::OpenFile(path, jet::OpenMode::kCreate);
+      jet::CreateDatabase(*file, store::Schema(), 46023);
+      file->Flush();
+    }
     return ScopedTestDir::ReadBytes(path);
   }();
   return bytes;
@@ -115,7 +118,7 @@ class MainFormFixture : public testing::Test {
   ~MainFormFixture() override { End(); }
 
   void Start() {
-    ASSERT_TRUE(app::Connect(program, world));
+    if (!app::Connect(program, world)) throw std::runtime_error("start-up failed");
     form = std::make_unique<app::MainForm>(program, world, [this](DWORD message, NOTIFYICONDATAW& data) {
       trayMessages.push_back(message);
       trayTip = data.szTip;

@@ -191,6 +191,18 @@ TEST_F(Scrolling, ATopLevelCategoryAddedWithoutASelectionIsNotScrolledIntoView) 
   EXPECT_EQ(ScrollsOf(L"meu_AddLastSibling"), 0);
 }
 
+TEST_F(Insertion, KeepsTheNameThatIsBeingTypedForTheCategoryBefore) {
+  StartWithTree();
+  Command(L"meu_AddLastSibling");
+  SetWindowTextW(TreeView_GetEditControl(Tree().Handle()), L"typed");
+
+  Command(L"meu_AddLastSibling");
+
+  EXPECT_EQ(ShownTree(), L"A,B(b1,b2),C,typed,New Category ");
+  EXPECT_EQ(Panel(1), L"Category : New Category ");
+  EXPECT_EQ(Panel(2), NewNode().Key());
+}
+
 // Without a selected category.
 TEST_F(Insertion, ChildOfAnEmptyTreeIsATopLevelCategoryInLabelEditing) {
   Start();

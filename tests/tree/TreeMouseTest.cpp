@@ -58,8 +58,7 @@ TEST_F(TreeMouse, ClickOnTheSelectedCategoryFillsTheListAgain) {
 TEST_F(TreeMouse, ClickDisablesTheItemButtons) {
   StartWithTree();
   Click(Tree().Handle(), MiddleOf(*a_));
-  List().SelectOnly(0);
-  win::DoEvents();
+  Click(List().Handle(), MiddleOfRow(0));
   ASSERT_TRUE(Parts().Toolbar1.IsEnabled(6));
 
   Click(Tree().Handle(), MiddleOf(*b_));

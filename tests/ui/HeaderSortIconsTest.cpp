@@ -20,7 +20,8 @@ std::string IconFile(unsigned char shade) {
   const unsigned pixels = kSide * kSide * 4, whole = 40 + pixels + kMaskBytes;
   put(0, 2), put(1, 2), put(1, 2);  // one icon
   put(kSide, 1), put(kSide, 1), put(0, 2), put(1, 2), put(32, 2), put(whole, 4), put(22, 4);
-  put(40, 4), put(kSide, 4), put(2 * kSide, 4), put(1, 2), put(32, 2), put(0, 4), put(pixels, 4), put(0, 16);
+  put(40, 4), put(kSide, 4), put(2 * kSide, 4), put(1, 2), put(32, 2), put(0, 4), put(pixels, 4);
+  bytes.append(16, '\0');
   for (int i = 0; i < kSide * kSide; ++i) put(0xFF000000u | shade * 0x10101u, 4);
   bytes.append(kMaskBytes, '\0');
   return bytes;

@@ -65,6 +65,9 @@ struct TreeFixture : testing::Test {
   bool Expanded(TreeNode& node) {
     return (TreeView_GetItemState(tree.Handle(), ItemOf(node), TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
   }
+  bool Highlighted(TreeNode& node) {
+    return (TreeView_GetItemState(tree.Handle(), ItemOf(node), TVIS_DROPHILITED) & TVIS_DROPHILITED) != 0;
+  }
   std::vector<std::wstring> KeysByIndex() {
     std::vector<std::wstring> keys;
     for (std::size_t i = 1; i <= tree.Count(); ++i) {
@@ -384,14 +387,19 @@ TEST_F(TreeViewTest, ANewTextShows) {
 
 TEST_F(TreeViewTest, HighlightsADropTarget) {
   TreeNode& a = Root(L"A");
+  TreeNode& b = Root(L"B");
 
   tree.SetDropHighlight(&a);
   EXPECT_EQ(tree.DropHighlight(), &a);
-  EXPECT_EQ(TreeView_GetDropHilight(tree.Handle()), ItemOf(a));
+  EXPECT_TRUE(Highlighted(a));
+
+  tree.SetDropHighlight(&b);
+  EXPECT_FALSE(Highlighted(a));
+  EXPECT_TRUE(Highlighted(b));
 
   tree.SetDropHighlight(nullptr);
   EXPECT_EQ(tree.DropHighlight(), nullptr);
-  EXPECT_EQ(TreeView_GetDropHilight(tree.Handle()), nullptr);
+  EXPECT_FALSE(Highlighted(b));
 }
 
 TEST_F(TreeViewTest, FindsTheNodeAtAPointOfItsText) {

@@ -168,6 +168,12 @@ LRESULT Form::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       OnActivate(LOWORD(wParam) != WA_INACTIVE);
       return 0;
     case WM_SETFOCUS: FocusAControl(); return 0;
+    case WM_NEXTDLGCTL: {  // how an access key of a label asks for the focus
+      const HWND next = lParam != 0 ? reinterpret_cast<HWND>(wParam)
+                                    : ::GetNextDlgTabItem(Handle(), ::GetFocus(), wParam != 0);
+      ::SetFocus(next);
+      return 0;
+    }
     case DM_GETDEFID: return defaultId_ == 0 ? 0 : MAKELRESULT(defaultId_, DC_HASDEFID);
     case WM_DPICHANGED: {
       ApplyFonts();

@@ -68,6 +68,7 @@ std::wstring_view Menus::NameOf(UINT id) const {
 void Menus::Enable(std::wstring_view name, bool enabled) {
   const Entry* entry = Find(name);
   if (entry == nullptr) return;
+  enabled = enabled && !IsInert(name);
   ::EnableMenuItem(entry->menu, entry->position, MF_BYPOSITION | (enabled ? MF_ENABLED : MF_GRAYED));
   if (entry->topLevel) ::DrawMenuBar(form_->Handle());
 }
@@ -84,6 +85,13 @@ UINT Menus::StateOf(std::wstring_view name) const {
 bool Menus::IsEnabled(std::wstring_view name) const {
   return Find(name) != nullptr && (StateOf(name) & MFS_DISABLED) == 0;
 }
+
+void Menus::SetInert(std::wstring_view name) {
+  inert_.emplace(name);
+  Enable(name, false);
+}
+
+bool Menus::IsInert(std::wstring_view name) const { return inert_.find(name) != inert_.end(); }
 
 void Menus::Check(std::wstring_view name, bool checked) {
   if (const Entry* entry = Find(name))

@@ -248,9 +248,17 @@ void TreeView::SetText(TreeNode& node, const std::wstring& text) {
 }
 
 void TreeView::SetDropHighlight(TreeNode* node) {
-  dropHighlight_ = node;
   ::SendMessageW(handle_, TVM_SELECTITEM, TVGN_DROPHILITE,
                  reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
+  if (dropHighlight_ != nullptr && dropHighlight_ != node) {
+    // "No item" does not make every version of the control take the old highlight away.
+    TVITEMW item{};
+    item.mask = TVIF_HANDLE | TVIF_STATE;
+    item.hItem = dropHighlight_->item_;
+    item.stateMask = TVIS_DROPHILITED;
+    ::SendMessageW(handle_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  }
+  dropHighlight_ = node;
 }
 
 TreeNode* TreeView::DropHighlight() { return dropHighlight_; }

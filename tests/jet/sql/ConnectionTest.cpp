@@ -286,7 +286,9 @@ class Compaction : public Connections {
 
 TEST_F(Compaction, KeepsTheRowsAndDropsTheFreeSpace) {
   connection.Open();
-  for (std::size_t i = 0; i < 2000; ++i) AddItem(connection, Decimal(i));
+  for (std::size_t i = 0; i < 5000; ++i) AddItem(connection, Decimal(i));
+  connection.Close();
+  connection.Open();
   connection.Execute(u"DELETE FROM FTable WHERE FileIndex<>'7' AND FileIndex<>'8'");
   connection.Close();
 

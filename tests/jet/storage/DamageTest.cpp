@@ -85,9 +85,9 @@ TEST_P(FlippedBytes, AreReadOrRefused) {
   const ByteVector bytes = SmallFile();
   const std::size_t page = GetParam() == 0 ? 0 : PageOfKind(*bytes, GetParam());
   for (std::size_t offset = page * kPageSize; offset < (page + 1) * kPageSize; ++offset) {
-    for (const std::uint8_t mask : {0xFF, 0x01}) {
+    for (const std::uint8_t mask : {std::uint8_t{0xFF}, std::uint8_t{0x01}}) {
       const std::uint8_t before = (*bytes)[offset];
-      (*bytes)[offset] ^= mask;
+      (*bytes)[offset] = static_cast<std::uint8_t>(before ^ mask);
       ReadEverything(bytes);
       // Where the page holds something, also through changing it.
       if (before != 0 || offset % 64 == 0) ChangeEverything(CopyOf(bytes));
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(OnePageOfEachKind, FlippedBytes,
                          testing::Values(page_type::kHeader, page_type::kData, page_type::kDefinition,
                                          page_type::kIndexLeaf, kMapRows, kLongValues));
 
-TEST(FlippedBytes, OfTheFreePageMapAreReadOrRefused) {
+TEST(FlippedMaps, OfFreePagesAreReadOrRefused) {
   const ByteVector bytes = SmallFile();
   for (std::size_t offset = kPageSize; offset < 2 * kPageSize; ++offset) {
     if (offset % kPageSize > 40 && offset % kPageSize < 3900) continue;  // unused
@@ -111,7 +111,7 @@ TEST(FlippedBytes, OfTheFreePageMapAreReadOrRefused) {
   }
 }
 
-TEST(FlippedBytes, OfIndexNodesAndMapPagesAreReadOrRefused) {
+TEST(FlippedPages, OfIndexNodesAndMapBitsAreReadOrRefused) {
   Fixture fixture;
   for (int i = 0; i < 2500; ++i) fixture.Tree().Insert(Row(4));
   for (int i = 0; i < 600; ++i) fixture.Insert(ItemRow(u"", u"", u"", u"", Repeat(u"m", 1030), u"", Repeat(u"n", 1030)));

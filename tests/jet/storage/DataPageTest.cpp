@@ -37,7 +37,7 @@ TEST(DataPage, CountsItsFreeBytes) {
 
 TEST(DataPage, ClosesTheGapWhenARowGrowsShrinksOrGoes) {
   Page page;
-  for (const std::uint8_t fill : {'a', 'b', 'c'}) page.Append(10, fill);
+  for (const char fill : {'a', 'b', 'c'}) page.Append(10, static_cast<std::uint8_t>(fill));
 
   data_page::Resize(page.bytes.data(), 1, 4, 0);
   EXPECT_EQ(page.Content(0), std::string(10, 'a'));

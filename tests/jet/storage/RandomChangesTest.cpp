@@ -29,7 +29,7 @@ class RandomChanges : public testing::TestWithParam<unsigned> {
     return at->first;
   }
   void ChangeOnce(Fixture& fixture) {
-    const unsigned choice = random_() % 10;
+    const auto choice = random_() % 10;
     if (fixture.model.empty() || choice < 4) {
       fixture.Insert(NewRow());
     } else if (choice < 8) {

@@ -1,7 +1,10 @@
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <set>
 
 #include "tests/jet/storage/MdbTools.h"
 #include "tests/jet/storage/Support.h"
@@ -145,8 +148,8 @@ TEST_P(Sample, TakesADeletionOrRefusesIt) {
   EXPECT_THAT(OpenInMemory(bytes)->Check(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(OfAccess, Sample, testing::ValuesIn(Samples()), [](const auto& info) {
-  std::string name = info.param.stem().string();
+INSTANTIATE_TEST_SUITE_P(OfAccess, Sample, testing::ValuesIn(Samples()), [](const auto& sample) {
+  std::string name = sample.param.stem().string();
   std::replace_if(name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
   return name;
 });
