@@ -151,9 +151,11 @@ void MainForm::LoadPicturesForDpi() {
 void MainForm::Form_Load() {
   LoadPicturesForDpi();
 
-  const int width = win::PixelsFromTwips(kInitialWidth, dpi_), height = win::PixelsFromTwips(kInitialHeight, dpi_);
-  ::SetWindowPos(Handle(), nullptr, (::GetSystemMetrics(SM_CXSCREEN) - width) / 2,
-                 (::GetSystemMetrics(SM_CYSCREEN) - height) / 2, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  const int screenWidth = ::GetSystemMetrics(SM_CXSCREEN), screenHeight = ::GetSystemMetrics(SM_CYSCREEN);
+  const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi_), screenWidth);
+  const int height = std::min(win::PixelsFromTwips(kInitialHeight, dpi_), screenHeight);
+  ::SetWindowPos(Handle(), nullptr, (screenWidth - width) / 2, (screenHeight - height) / 2, width, height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 
   ApplyLanguage();
   treeTip_.SetStyle(ui::TipStyle::kBalloon);

@@ -16,6 +16,7 @@ function(kst_test name)
     target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/TestMain.cpp
                                    ${CMAKE_SOURCE_DIR}/tests/support/tests.rc)
     target_link_libraries(${name} PRIVATE comctl32 ole32)
+    add_dependencies(${name} packaging_icons)
     # tests.rc embeds the program's manifest and icons
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/packaging ${CMAKE_BINARY_DIR}/packaging)
   else()

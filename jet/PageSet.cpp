@@ -13,12 +13,12 @@ void PageSet::Load() const {
   pages_ = UsageMap(*pager_, ownedMap_).Pages();
   removed_.clear();
   open_.clear();
-  for (const std::uint32_t page : pages_) pager_->SetOpen(page, false);
+  for (const std::uint32_t page : pages_) pager_->SetFull(page);
   if (freeMap_ != 0) {
     for (const std::uint32_t page : UsageMap(*pager_, freeMap_).Pages()) {
       if (!std::binary_search(pages_.begin(), pages_.end(), page)) continue;
       open_.push_back(page);
-      pager_->SetOpen(page, true);
+      pager_->SetOpen(page, ownedMap_);
     }
   }
   loaded_ = true;
@@ -47,10 +47,10 @@ std::uint32_t PageSet::PageWithRoom(std::size_t rowBytes) {
   if (!loaded_) Load();
   while (!open_.empty()) {
     const std::uint32_t page = open_.back();
-    if (pager_->Open(page) && data_page::HasRoomFor(Read(page), rowBytes)) return page;
+    if (pager_->Open(page, ownedMap_) && data_page::HasRoomFor(Read(page), rowBytes)) return page;
     open_.pop_back();
-    if (!pager_->Open(page)) continue;
-    pager_->SetOpen(page, false);
+    if (!pager_->Open(page, ownedMap_)) continue;
+    pager_->SetFull(page);
     if (freeMap_ != 0) UsageMap(*pager_, freeMap_).Remove(page);
   }
   const std::uint32_t page = NewPage();
@@ -71,9 +71,9 @@ std::uint32_t PageSet::NewPage() {
 
 void PageSet::Reopen(std::uint32_t page) {
   if (!loaded_) Load();
-  if (pager_->Open(page)) return;
+  if (pager_->Open(page, ownedMap_)) return;
   if (freeMap_ != 0) UsageMap(*pager_, freeMap_).Add(page);
-  pager_->SetOpen(page, true);
+  pager_->SetOpen(page, ownedMap_);
   open_.push_back(page);
 }
 

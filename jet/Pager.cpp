@@ -130,7 +130,8 @@ void Pager::Free(std::uint32_t page) {
     state.flags |= kFreed;
     freedRecently_.push_back(page);
   }
-  state.flags = static_cast<std::uint8_t>(state.flags & ~(kChecked | kOpen));
+  state.flags = static_cast<std::uint8_t>(state.flags & ~kChecked);
+  state.openFor = 0;
 }
 
 bool Pager::IsFree(std::uint32_t page) const {
@@ -179,7 +180,8 @@ void Pager::Rollback() {
     std::memcpy(const_cast<std::uint8_t*>(Read(before.page)), before.bytes->data(), kPageSize);
     State& state = states_[before.page];
     if ((state.flags & kDirty) != 0 && (before.flags & kDirty) == 0) --dirtyCount_;
-    state.flags = static_cast<std::uint8_t>(before.flags & ~(kChecked | kOpen));
+    state.flags = static_cast<std::uint8_t>(before.flags & ~kChecked);
+    state.openFor = 0;
   }
   Commit();
   ++epoch_;

@@ -63,11 +63,11 @@ class Pager {
   // page is reused or rolled back.
   bool Checked(std::uint32_t page) const { return (states_[page].flags & kChecked) != 0; }
   void SetChecked(std::uint32_t page) const { states_[page].flags |= kChecked; }
-  // A second one: "this page is in its owner's list of pages with room".
-  bool Open(std::uint32_t page) const { return (states_[page].flags & kOpen) != 0; }
-  void SetOpen(std::uint32_t page, bool open) {
-    states_[page].flags = static_cast<std::uint8_t>(open ? states_[page].flags | kOpen : states_[page].flags & ~kOpen);
-  }
+  // A number per page for the layer above: the set of pages (told by its owned map, which is never 0) that has the page
+  // in its list of pages with room. Lost like the bit; a page that changed hands is in no list of its old owner.
+  bool Open(std::uint32_t page, std::uint32_t set) const { return states_[page].openFor == set; }
+  void SetOpen(std::uint32_t page, std::uint32_t set) { states_[page].openFor = set; }
+  void SetFull(std::uint32_t page) { states_[page].openFor = 0; }
 
   void Begin();
   void Commit();
@@ -92,10 +92,11 @@ class Pager {
 
  private:
   static constexpr std::uint32_t kSlabPages = 16;  // read, kept and written together: 64 KiB
-  enum : std::uint8_t { kDirty = 1, kNew = 2, kChecked = 4, kOpen = 8, kFreed = 16 };
+  enum : std::uint8_t { kDirty = 1, kNew = 2, kChecked = 4, kFreed = 16 };
 
   struct State {
     std::uint32_t epoch = 0;
+    std::uint32_t openFor = 0;
     std::uint8_t flags = 0;
   };
   using Image = std::array<std::uint8_t, kPageSize>;

@@ -14,11 +14,14 @@ constexpr wchar_t kNoParent[] = L"0_";
 // Pictures of a category, at rest and selected.
 constexpr int kImage = 1, kSelectedImage = 2;
 
+// The column holds 255 characters. A name may be longer only by the blanks around it, which loading removes anyway.
+constexpr std::size_t kLongestText = 255;
+
 void SaveNode(jet::Recordset& rows, std::wstring_view parent, const win::TreeNode& node) {
   rows.AddNew();
   rows.SetField(u"parent", ToEngine(parent));
   rows.SetField(u"key", ToEngine(node.Key()));
-  rows.SetField(u"text", ToEngine(node.Text()));
+  rows.SetField(u"text", ToEngine(node.Text().size() > kLongestText ? Trim(node.Text()) : node.Text()));
   rows.Update();
 }
 

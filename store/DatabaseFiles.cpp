@@ -85,7 +85,11 @@ void LoadData(win::MainParts& parts, const std::wstring& fileName) {
 bool SaveData(win::MainParts& parts, const std::wstring& fileName, HWND owner) {
   return win::InRoutine(parts.world, owner, L"SaveData Error:", false, [&] {
     Program& program = parts.program;
-    win::WriteViewSettings(parts);
+    // Widths that cannot be kept are no reason not to keep the collection.
+    win::InRoutine(parts.world, owner, L"SaveData Error:", false, [&] {
+      win::WriteViewSettings(parts);
+      return true;
+    });
     if (parts.world.messageBox(owner, lang::Message(program, lang::kReplaceQuestion), program.productName,
                                MB_OKCANCEL | MB_ICONQUESTION) != IDOK) {
       return false;

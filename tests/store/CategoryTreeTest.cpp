@@ -1,5 +1,8 @@
 // SaveTree and LoadTree.
 
+#include "app/base/Win32.h"
+
+#include <commctrl.h>
 #include <gmock/gmock.h>
 
 #include "tests/store/StoreFixture.h"
@@ -148,6 +151,14 @@ TEST_F(CategoryTreeTest, RefusesAKeyThatIsTakenAndKeepsTheNodesBefore) {
   EXPECT_EQ(Shape(), L"A=top");
 }
 
+TEST_F(CategoryTreeTest, WritesACaptionThatOnlyItsOuterBlanksMakeTooLong) {
+  AddCategory(nullptr, L"A", L"  " + std::wstring(254, L'x') + L"  ");
+
+  SaveTree(parts);
+
+  EXPECT_THAT(Rows(), ElementsAre(L"0_|A|" + std::wstring(254, L'x')));
+}
+
 TEST_F(CategoryTreeTest, RefusesACaptionThatTheTableCannotHold) {
   AddCategory(nullptr, L"A", std::wstring(256, L'x'));
 
@@ -155,15 +166,27 @@ TEST_F(CategoryTreeTest, RefusesACaptionThatTheTableCannotHold) {
   EXPECT_FALSE(connection.IsOpen());
 }
 
-TEST_F(CategoryTreeTest, DrawsAgainAfterLoading) {
+LRESULT CALLBACK NoteRedraw(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                            DWORD_PTR switches) {
+  if (message == WM_SETREDRAW) reinterpret_cast<std::vector<bool>*>(switches)->push_back(wParam != FALSE);
+  return DefSubclassProc(window, message, wParam, lParam);
+}
+
+TEST_F(CategoryTreeTest, IsDrawnOnceAfterLoadingAndAfterAFailureToo) {
+  std::vector<bool> switches;
+  SetWindowSubclass(tree.Handle(), NoteRedraw, 1, reinterpret_cast<DWORD_PTR>(&switches));
+
   Execute(InsertCategory(L"0_", L"A", L"top"));
   LoadTree(parts);
-  EXPECT_TRUE(IsWindowVisible(tree.Handle()) || !IsWindowVisible(form.Handle()));
+  EXPECT_FALSE(switches.front());
+  EXPECT_TRUE(switches.back());
 
+  switches.clear();
   Execute(InsertCategory(L"nobody", L"B", L"orphan"));
   EXPECT_THROW(LoadTree(parts), win::ControlError);
-  EXPECT_NE(GetWindowLongPtrW(tree.Handle(), GWL_STYLE) & WS_VISIBLE, 0)
-      << "drawing is on, after a failure too";
+  EXPECT_FALSE(switches.front());
+  EXPECT_TRUE(switches.back());
+  RemoveWindowSubclass(tree.Handle(), NoteRedraw, 1);
 }
 
 }  // namespace

@@ -74,11 +74,21 @@ class ScopedFlag {
   bool before_;
 };
 
-// Switches a window's redrawing off, and on again with one repaint of everything.
+// Switches a window's redrawing off, and on again with one repaint of everything. Nests: the outermost one counts.
 class RedrawOff {
  public:
-  explicit RedrawOff(HWND window) : window_(window) { ::SendMessageW(window_, WM_SETREDRAW, FALSE, 0); }
+  explicit RedrawOff(HWND window) : window_(window) {
+    const INT_PTR depth = reinterpret_cast<INT_PTR>(::GetPropW(window_, kDepth));
+    ::SetPropW(window_, kDepth, reinterpret_cast<HANDLE>(depth + 1));
+    if (depth == 0) ::SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  }
   ~RedrawOff() {
+    const INT_PTR depth = reinterpret_cast<INT_PTR>(::GetPropW(window_, kDepth)) - 1;
+    if (depth > 0) {
+      ::SetPropW(window_, kDepth, reinterpret_cast<HANDLE>(depth));
+      return;
+    }
+    ::RemovePropW(window_, kDepth);
     ::SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
     ::InvalidateRect(window_, nullptr, TRUE);
   }
@@ -86,6 +96,7 @@ class RedrawOff {
   RedrawOff& operator=(const RedrawOff&) = delete;
 
  private:
+  static constexpr const wchar_t* kDepth = L"KestrelonRedrawOff";
   HWND window_;
 };
 

@@ -31,10 +31,15 @@ void ListView::Create(HWND parent, UINT id) {
                               reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
                               nullptr);
   if (handle_ == nullptr) ThrowLastError(L"list view");
+  procedure_ = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(handle_, GWLP_WNDPROC));
   const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER;
-  ::SendMessageW(handle_, LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
   if (!::SetWindowSubclass(handle_, &ListView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
     ThrowLastError(L"SetWindowSubclass");
+}
+
+LRESULT ListView::Send(UINT message, WPARAM wParam, LPARAM lParam) const {
+  return handle_ == nullptr ? 0 : ::CallWindowProcW(procedure_, handle_, message, wParam, lParam);
 }
 
 void ListView::AddColumn(const std::wstring& text, int widthPixels, bool fixedWidth) {
@@ -44,7 +49,7 @@ void ListView::AddColumn(const std::wstring& text, int widthPixels, bool fixedWi
   column.cx = widthPixels;
   column.iSubItem = static_cast<int>(ColumnCount());
   column.pszText = const_cast<wchar_t*>(text.c_str());  // the call only reads it
-  ::SendMessageW(handle_, LVM_INSERTCOLUMNW, ColumnCount(), reinterpret_cast<LPARAM>(&column));
+  Send(LVM_INSERTCOLUMNW, ColumnCount(), &column);
   headerTags_.push_back(0);
   fixedWidths_.push_back(fixedWidth);
 }
@@ -57,7 +62,7 @@ std::wstring ListView::ColumnText(std::size_t column) const {
   query.mask = LVCF_TEXT;
   query.pszText = text;
   query.cchTextMax = static_cast<int>(std::size(text));
-  ::SendMessageW(handle_, LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(&query));
+  Send(LVM_GETCOLUMNW, column, &query);
   return text;
 }
 
@@ -65,26 +70,26 @@ void ListView::SetColumnText(std::size_t column, const std::wstring& text) {
   LVCOLUMNW change{};
   change.mask = LVCF_TEXT;
   change.pszText = const_cast<wchar_t*>(text.c_str());
-  ::SendMessageW(handle_, LVM_SETCOLUMNW, column, reinterpret_cast<LPARAM>(&change));
+  Send(LVM_SETCOLUMNW, column, &change);
 }
 
 int ListView::ColumnWidth(std::size_t column) const {
-  return static_cast<int>(::SendMessageW(handle_, LVM_GETCOLUMNWIDTH, column, 0));
+  return static_cast<int>(Send(LVM_GETCOLUMNWIDTH, column, 0));
 }
 
 void ListView::SetColumnWidth(std::size_t column, int pixels) {
-  ::SendMessageW(handle_, LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
+  Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
 }
 
 void ListView::SetSmallImages(UniqueImageList images) {
-  ::SendMessageW(handle_, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images.get()));
+  Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images.get()));
   images_ = std::move(images);  // the old pictures go only after the control has let go of them
 }
 
 std::optional<std::size_t> ListView::HitTest(POINT client) const {
   LVHITTESTINFO hit{};
   hit.pt = client;
-  const LRESULT row = ::SendMessageW(handle_, LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+  const LRESULT row = Send(LVM_SUBITEMHITTEST, 0, &hit);
   if (row < 0 || static_cast<std::size_t>(row) >= rows_.size()) return std::nullopt;
   return static_cast<std::size_t>(row);
 }

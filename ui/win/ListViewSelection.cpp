@@ -51,13 +51,13 @@ class SortKeys {
 
 }  // namespace
 
-void ListView::SetCount(DWORD flags) { ::SendMessageW(handle_, LVM_SETITEMCOUNT, rows_.size(), flags); }
+void ListView::SetCount(DWORD flags) { Send(LVM_SETITEMCOUNT, rows_.size(), flags); }
 
 void ListView::SetState(WPARAM row, UINT state, UINT mask) {
   LVITEMW item{};
   item.state = state;
   item.stateMask = mask;
-  ::SendMessageW(handle_, LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
+  Send(LVM_SETITEMSTATE, row, &item);
 }
 
 void ListView::SetRows(std::vector<ListRow> rows) {
@@ -79,7 +79,7 @@ void ListView::Append(ListRow row) {
 
 void ListView::SetText(std::size_t row, std::size_t column, std::wstring_view text) {
   rows_.at(row).SetText(column, text);
-  ::SendMessageW(handle_, LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
+  Send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
 }
 
 void ListView::Remove(std::size_t row) { RemoveRows({row}); }
@@ -127,7 +127,7 @@ void ListView::Reselect(const std::vector<std::size_t>& selected, std::optional<
   }
   if (focused) {
     SetState(*focused, LVIS_FOCUSED, LVIS_FOCUSED);
-    ::SendMessageW(handle_, LVM_SETSELECTIONMARK, 0, static_cast<LPARAM>(*focused));
+    Send(LVM_SETSELECTIONMARK, 0, static_cast<LPARAM>(*focused));
   }
 }
 
@@ -161,12 +161,12 @@ void ListView::SortBy(std::size_t column, bool descending) {
 }
 
 std::optional<std::size_t> ListView::FocusedRow() const {
-  const LRESULT row = ::SendMessageW(handle_, LVM_GETNEXTITEM, kEveryRow, LVNI_FOCUSED);
+  const LRESULT row = Send(LVM_GETNEXTITEM, kEveryRow, LVNI_FOCUSED);
   return row < 0 ? std::nullopt : std::optional<std::size_t>(static_cast<std::size_t>(row));
 }
 
 std::vector<std::size_t> ListView::SelectedRows() const {
-  const auto count = static_cast<std::size_t>(::SendMessageW(handle_, LVM_GETSELECTEDCOUNT, 0, 0));
+  const auto count = static_cast<std::size_t>(Send(LVM_GETSELECTEDCOUNT, 0, 0));
   std::vector<std::size_t> selected(count);
   if (count == rows_.size()) {
     std::iota(selected.begin(), selected.end(), std::size_t{0});
@@ -174,7 +174,7 @@ std::vector<std::size_t> ListView::SelectedRows() const {
   }
   LRESULT row = -1;
   for (std::size_t& each : selected) {
-    row = ::SendMessageW(handle_, LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED);
+    row = Send(LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED);
     each = static_cast<std::size_t>(row);
   }
   return selected;
@@ -183,12 +183,12 @@ std::vector<std::size_t> ListView::SelectedRows() const {
 std::optional<std::size_t> ListView::SelectedRow() const {
   const std::optional<std::size_t> focused = FocusedRow();
   if (focused && IsSelected(*focused)) return focused;
-  const LRESULT first = ::SendMessageW(handle_, LVM_GETNEXTITEM, kEveryRow, LVNI_SELECTED);
+  const LRESULT first = Send(LVM_GETNEXTITEM, kEveryRow, LVNI_SELECTED);
   return first < 0 ? std::nullopt : std::optional<std::size_t>(static_cast<std::size_t>(first));
 }
 
 bool ListView::IsSelected(std::size_t row) const {
-  return (::SendMessageW(handle_, LVM_GETITEMSTATE, row, LVIS_SELECTED) & LVIS_SELECTED) != 0;
+  return (Send(LVM_GETITEMSTATE, row, LVIS_SELECTED) & LVIS_SELECTED) != 0;
 }
 
 void ListView::Select(std::size_t row, bool selected) {
@@ -203,15 +203,17 @@ void ListView::SelectOnly(std::size_t row) {
 
 void ListView::SelectAll() {
   const ScopedFlag quiet(quiet_);
+  const RedrawOff off(handle_);  // one repaint, not one a row
   SetState(kEveryRow, LVIS_SELECTED, LVIS_SELECTED);
 }
 
 void ListView::SelectNone() {
   const ScopedFlag quiet(quiet_);
+  const RedrawOff off(handle_);  // one repaint, not one a row
   SetState(kEveryRow, 0, LVIS_SELECTED);
 }
 
-void ListView::EnsureVisible(std::size_t row) { ::SendMessageW(handle_, LVM_ENSUREVISIBLE, row, FALSE); }
+void ListView::EnsureVisible(std::size_t row) { Send(LVM_ENSUREVISIBLE, row, FALSE); }
 
 void ListView::SelectForRightPress(POINT client) {
   // As the file manager does: a selected row keeps the whole selection, another row becomes the only one.

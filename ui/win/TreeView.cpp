@@ -33,8 +33,13 @@ void TreeView::Create(HWND parent, UINT id) {
                               reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
                               nullptr);
   if (handle_ == nullptr) ThrowLastError(L"tree view");
+  procedure_ = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(handle_, GWLP_WNDPROC));
   if (!::SetWindowSubclass(handle_, &TreeView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
     ThrowLastError(L"SetWindowSubclass");
+}
+
+LRESULT TreeView::Send(UINT message, WPARAM wParam, LPARAM lParam) const {
+  return handle_ == nullptr ? 0 : ::CallWindowProcW(procedure_, handle_, message, wParam, lParam);
 }
 
 void TreeView::Link(TreeNode& node, TreeNode* parent, TreeNode* previous) {
@@ -106,14 +111,13 @@ void TreeView::InsertItem(TreeNode& node) {
   item.lParam = reinterpret_cast<LPARAM>(&node);
   item.iImage = ImageOf(node.image_);
   item.iSelectedImage = ImageOf(node.selectedImage_ > 0 ? node.selectedImage_ : node.image_);
-  node.item_ = reinterpret_cast<HTREEITEM>(
-      ::SendMessageW(handle_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+  node.item_ = reinterpret_cast<HTREEITEM>(Send(TVM_INSERTITEMW, 0, &insert));
 }
 
 void TreeView::DeleteItem(HTREEITEM item) {
   // An edit of a label that goes would be left standing.
-  ::SendMessageW(handle_, TVM_ENDEDITLABELNOW, TRUE, 0);
-  ::SendMessageW(handle_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
+  Send(TVM_ENDEDITLABELNOW, TRUE, 0);
+  Send(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item));
 }
 
 std::vector<TreeNode*> TreeView::Subtree(TreeNode& node) {
@@ -172,8 +176,7 @@ void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
   std::vector<TreeNode*> expanded;
   for (TreeNode* each : moved) {
     const auto item = reinterpret_cast<WPARAM>(each->item_);
-    if ((::SendMessageW(handle_, TVM_GETITEMSTATE, item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0)
-      expanded.push_back(each);
+    if ((Send(TVM_GETITEMSTATE, item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0) expanded.push_back(each);
   }
   TreeNode* const selected = Selected();
   const bool highlightMoved = std::find(moved.begin(), moved.end(), dropHighlight_) != moved.end();
@@ -208,33 +211,29 @@ TreeNode* TreeView::NodeOf(HTREEITEM item) {
   TVITEMW query{};
   query.mask = TVIF_HANDLE | TVIF_PARAM;
   query.hItem = item;
-  if (::SendMessageW(handle_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&query)) == 0) return nullptr;
+  if (Send(TVM_GETITEMW, 0, &query) == 0) return nullptr;
   return reinterpret_cast<TreeNode*>(query.lParam);
 }
 
 TreeNode* TreeView::Selected() {
-  return NodeOf(reinterpret_cast<HTREEITEM>(::SendMessageW(handle_, TVM_GETNEXTITEM, TVGN_CARET, 0)));
+  return NodeOf(reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, TVGN_CARET, 0)));
 }
 
 void TreeView::Select(TreeNode* node) {
   const ScopedFlag quiet(quiet_);
-  ::SendMessageW(handle_, TVM_SELECTITEM, TVGN_CARET,
-                 reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
+  Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
 }
 
 void TreeView::EnsureVisible(TreeNode& node) {
-  ::SendMessageW(handle_, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(node.item_));
+  Send(TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(node.item_));
 }
 
-void TreeView::Expand(TreeNode& node) {
-  ::SendMessageW(handle_, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node.item_));
-}
+void TreeView::Expand(TreeNode& node) { Send(TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node.item_)); }
 
 TreeNode* TreeView::HitTest(POINT client) {
   TVHITTESTINFO hit{};
   hit.pt = client;
-  const auto item =
-      reinterpret_cast<HTREEITEM>(::SendMessageW(handle_, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+  const auto item = reinterpret_cast<HTREEITEM>(Send(TVM_HITTEST, 0, &hit));
   return (hit.flags & TVHT_ONITEM) != 0 ? NodeOf(item) : nullptr;
 }
 
@@ -244,19 +243,18 @@ void TreeView::SetText(TreeNode& node, const std::wstring& text) {
   item.mask = TVIF_HANDLE | TVIF_TEXT;
   item.hItem = node.item_;
   item.pszText = node.text_.data();
-  ::SendMessageW(handle_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  Send(TVM_SETITEMW, 0, &item);
 }
 
 void TreeView::SetDropHighlight(TreeNode* node) {
-  ::SendMessageW(handle_, TVM_SELECTITEM, TVGN_DROPHILITE,
-                 reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
+  Send(TVM_SELECTITEM, TVGN_DROPHILITE, reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
   if (dropHighlight_ != nullptr && dropHighlight_ != node) {
     // "No item" does not make every version of the control take the old highlight away.
     TVITEMW item{};
     item.mask = TVIF_HANDLE | TVIF_STATE;
     item.hItem = dropHighlight_->item_;
     item.stateMask = TVIS_DROPHILITED;
-    ::SendMessageW(handle_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    Send(TVM_SETITEMW, 0, &item);
   }
   dropHighlight_ = node;
 }
@@ -265,13 +263,14 @@ TreeNode* TreeView::DropHighlight() { return dropHighlight_; }
 
 RECT TreeView::TextRectangle(TreeNode& node) {
   RECT rectangle{};
-  std::memcpy(&rectangle, &node.item_, sizeof node.item_);  // the message takes the item where it puts the rectangle
-  if (::SendMessageW(handle_, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rectangle)) == 0) return {};
+  std::memcpy(&rectangle, &node.item_,
+              sizeof node.item_);  // the message takes the item where it puts the rectangle
+  if (Send(TVM_GETITEMRECT, TRUE, &rectangle) == 0) return {};
   return rectangle;
 }
 
 void TreeView::SetImageList(UniqueImageList images) {
-  ::SendMessageW(handle_, TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images.get()));
+  Send(TVM_SETIMAGELIST, TVSIL_NORMAL, reinterpret_cast<LPARAM>(images.get()));
   images_ = std::move(images);  // the old pictures go only after the control has let go of them
 }
 

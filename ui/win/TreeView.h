@@ -131,6 +131,13 @@ class TreeView {
   friend class TreeNode;
   static LRESULT CALLBACK SubclassProcedure(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
   LRESULT OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam);
+  // A message straight to the control's own procedure: the way through what stands before it (our events, a tooltip's)
+  // can cost more than the work itself.
+  LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const;
+  template <class T>
+  LRESULT Send(UINT message, WPARAM wParam, T* parameter) const {
+    return Send(message, wParam, reinterpret_cast<LPARAM>(parameter));
+  }
   LRESULT OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam);
   void InsertItem(TreeNode& node);
   void DeleteItem(HTREEITEM item);
@@ -140,6 +147,7 @@ class TreeView {
   std::vector<TreeNode*> Subtree(TreeNode& node);  // itself first, parents before children, siblings in order
 
   HWND handle_ = nullptr;
+  WNDPROC procedure_ = nullptr;  // the control's own
   std::vector<std::unique_ptr<TreeNode>> nodes_;  // index order
   std::unordered_map<std::wstring_view, TreeNode*> byKey_;  // the views are of the nodes' own keys
   TreeNode *firstRoot_ = nullptr, *lastRoot_ = nullptr;

@@ -93,7 +93,7 @@ void TreeView::StartLabelEdit() {
   if (node == nullptr) return;
   ::SetFocus(handle_);
   startingEdit_ = true;
-  ::SendMessageW(handle_, TVM_EDITLABELW, 0, reinterpret_cast<LPARAM>(node->item_));
+  Send(TVM_EDITLABELW, 0, reinterpret_cast<LPARAM>(node->item_));
   startingEdit_ = false;
 }
 

@@ -36,8 +36,8 @@ class MdbTools : public testing::Test {
 TEST_F(MdbTools, SeeTheTablesAndColumnsThatWeMade) {
   EXPECT_THAT(mdb_tools::TableNames(path_), testing::ElementsAre("FTable", "FBackup", "TreeviewTable"));
   const std::string schema = mdb_tools::Schema(path_);
-  EXPECT_THAT(schema, HasSubstr("[TreeviewNode]\t\t\tText (100)"));
-  EXPECT_THAT(schema, HasSubstr("[Filename]\t\t\tText (510)"));
+  EXPECT_THAT(schema, HasSubstr("[TreeviewNode]\t\t\tText (50)"));
+  EXPECT_THAT(schema, HasSubstr("[Filename]\t\t\tText (255)"));
   EXPECT_THAT(schema, HasSubstr("[LocalFile]\t\t\tMemo/Hyperlink"));
   EXPECT_THAT(schema, HasSubstr("[i]\t\t\tLong Integer"));
 }
