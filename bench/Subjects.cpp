@@ -48,7 +48,8 @@ std::vector<Text> InsertTexts(std::size_t items, std::size_t perCategory) {
 Folder::Folder() {
   static std::atomic<unsigned> count = 0;
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-  path_ = std::filesystem::temp_directory_path() / ("jet-bench-" + std::to_string(now) + "-" + std::to_string(++count));
+  path_ = std::filesystem::temp_directory_path() /
+          ("jet-bench-" + std::to_string(now) + "-" + std::to_string(++count));
   std::filesystem::create_directories(path_);
 }
 
@@ -93,7 +94,8 @@ SqliteSubject::SqliteSubject() {
   Check(sqlite3_open((folder_.Path() / "bench.sqlite").string().c_str(), &database_), database_);
   // Texts compare without regard to case in both.
   Execute({u"",
-           "CREATE TABLE FTable (TreeviewNode TEXT COLLATE NOCASE, FileIndex TEXT COLLATE NOCASE, DefineName TEXT, "
+           "CREATE TABLE FTable (TreeviewNode TEXT COLLATE NOCASE, FileIndex TEXT COLLATE NOCASE, DefineName "
+           "TEXT, "
            "Filename TEXT, LocalFile TEXT, InsertTime TEXT, Comment TEXT)"});
   Execute({u"", "CREATE INDEX ByNode ON FTable (TreeviewNode)"});
   Execute({u"", "CREATE INDEX ByIndex ON FTable (FileIndex)"});
@@ -103,7 +105,8 @@ SqliteSubject::~SqliteSubject() { sqlite3_close(database_); }
 
 void SqliteSubject::Execute(const Text& text) {
   sqlite3_stmt* statement = nullptr;
-  Check(sqlite3_prepare_v2(database_, text.utf8.data(), static_cast<int>(text.utf8.size()), &statement, nullptr),
+  Check(sqlite3_prepare_v2(database_, text.utf8.data(), static_cast<int>(text.utf8.size()), &statement,
+                           nullptr),
         database_);
   Check(sqlite3_step(statement), database_);
   sqlite3_finalize(statement);
@@ -111,7 +114,8 @@ void SqliteSubject::Execute(const Text& text) {
 
 std::size_t SqliteSubject::Read(const Text& text) {
   sqlite3_stmt* statement = nullptr;
-  Check(sqlite3_prepare_v2(database_, text.utf8.data(), static_cast<int>(text.utf8.size()), &statement, nullptr),
+  Check(sqlite3_prepare_v2(database_, text.utf8.data(), static_cast<int>(text.utf8.size()), &statement,
+                           nullptr),
         database_);
   std::size_t size = 0;
   while (sqlite3_step(statement) == SQLITE_ROW) {

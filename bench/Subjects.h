@@ -37,7 +37,8 @@ class Folder {
   std::filesystem::path path_;
 };
 
-// Either database as the benchmarks use it: FTable alone, with an index or a lookup on TreeviewNode and on FileIndex.
+// Either database as the benchmarks use it: FTable alone, with an index or a lookup on TreeviewNode and on
+// FileIndex.
 class JetSubject {
  public:
   JetSubject();

@@ -1,5 +1,5 @@
-// Times the engine and SQLite side by side: the same statements, schema and indexes, files in the same folder. The table
-// at the end gives the ratios (below 1: the engine is faster).
+// Times the engine and SQLite side by side: the same statements, schema and indexes, files in the same
+// folder. The table at the end gives the ratios (below 1: the engine is faster).
 
 #include <benchmark/benchmark.h>
 
@@ -51,7 +51,8 @@ std::vector<Text> ByIndex(const std::string& head) {
   return texts;
 }
 
-// A filled table for each round, and only the statements on the clock, with the writing to disk that ends them.
+// A filled table for each round, and only the statements on the clock, with the writing to disk that ends
+// them.
 template <class Subject>
 void TimeStatements(benchmark::State& state, const std::vector<Text>& texts, bool filled) {
   for (auto _ : state) {
@@ -90,7 +91,8 @@ void DeleteCategories(benchmark::State& state) {
   static const std::vector<Text> texts = [] {
     std::vector<Text> statements;
     for (std::size_t i = 0; i < kItems / kPerCategory; ++i) {
-      statements.push_back(MakeText("DELETE From FTable WHERE TreeViewNode=\"" + bench::CategoryKey(i) + "\""));
+      statements.push_back(
+          MakeText("DELETE From FTable WHERE TreeViewNode=\"" + bench::CategoryKey(i) + "\""));
     }
     return statements;
   }();
@@ -217,8 +219,8 @@ class RatioReporter : public benchmark::ConsoleReporter {
       if (jetTime == times.end()) continue;
       for (const auto& [other, time] : times) {
         if (other == "jet") continue;
-        std::printf("| %s | %.2f | %.3f | %.3f | %s |\n", work.c_str(), jetTime->second / time, jetTime->second, time,
-                    other.c_str());
+        std::printf("| %s | %.2f | %.3f | %.3f | %s |\n", work.c_str(), jetTime->second / time,
+                    jetTime->second, time, other.c_str());
       }
     }
   }

@@ -1,4 +1,5 @@
-// A whole file out of arbitrary bytes: opened, read from end to end and checked. Nothing but jet::Error may come out.
+// A whole file out of arbitrary bytes: opened, read from end to end and checked. Nothing but jet::Error may
+// come out.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Statements out of arbitrary bytes, run on a small database in memory. Nothing but jet::Error may come out of them, and
-// the database must stay sound.
+// Statements out of arbitrary bytes, run on a small database in memory. Nothing but jet::Error may come out
+// of them, and the database must stay sound.
 
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +24,9 @@ std::vector<std::uint8_t> MakeTemplate() {
   const std::vector<NewTable> tables = {
       {u"FTable", items, u""},
       {u"FBackup", items, u""},
-      {u"T", {{u"i", ColumnType::kLong, 0, true}, {u"key", ColumnType::kText, 50}, {u"d", ColumnType::kDate}}, u"i"}};
+      {u"T",
+       {{u"i", ColumnType::kLong, 0, true}, {u"key", ColumnType::kText, 50}, {u"d", ColumnType::kDate}},
+       u"i"}};
   const auto bytes = std::make_shared<std::vector<std::uint8_t>>();
   const std::unique_ptr<File> file = OpenMemoryFile(bytes);
   CreateDatabase(*file, tables, 46341.0);

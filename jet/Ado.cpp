@@ -21,9 +21,10 @@ namespace {
   throw Error(code::kObjectOpen, u"Operation is not allowed when the object is open.");
 }
 [[noreturn]] void ThrowNoCurrentRow() {
-  throw Error(code::kNoCurrentRow,
-              u"Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a "
-              u"current record.");
+  throw Error(
+      code::kNoCurrentRow,
+      u"Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a "
+      u"current record.");
 }
 
 std::u16string_view Trimmed(std::u16string_view text) {
@@ -41,13 +42,14 @@ std::filesystem::path DataSource(std::u16string_view connection) {
     connection = end == std::u16string_view::npos ? std::u16string_view() : connection.substr(end + 1);
     const std::size_t equal = pair.find(u'=');
     if (equal == std::u16string_view::npos) continue;
-    if (sql::SameName(Trimmed(pair.substr(0, equal)), u"Data Source")) source = Trimmed(pair.substr(equal + 1));
+    if (sql::SameName(Trimmed(pair.substr(0, equal)), u"Data Source"))
+      source = Trimmed(pair.substr(equal + 1));
   }
   return std::filesystem::path(std::u16string(source));
 }
 
-// The face tells only that a file is no database it can use; where the bytes contradict the format is for those who look
-// into files.
+// The face tells only that a file is no database it can use; where the bytes contradict the format is for
+// those who look into files.
 std::unique_ptr<Database> OpenDatabase(std::unique_ptr<File> file, const std::filesystem::path& path) {
   try {
     return Database::Open(std::move(file), path.u16string());
@@ -56,12 +58,12 @@ std::unique_ptr<Database> OpenDatabase(std::unique_ptr<File> file, const std::fi
   }
 }
 
-// One database file as a connection holds it, open or closed. Recordsets share it and notice by `opening` that the
-// connection was closed under them.
+// One database file as a connection holds it, open or closed. Recordsets share it and notice by `opening`
+// that the connection was closed under them.
 struct Session {
   std::filesystem::path path;
-  FileStamp stamp;                         // of the file as it was when `database` was last the same
-  std::unique_ptr<Database> database;      // kept when closed
+  FileStamp stamp;                          // of the file as it was when `database` was last the same
+  std::unique_ptr<Database> database;       // kept when closed
   std::unique_ptr<sql::Executor> executor;  // together with its lookups
   bool open = false;
   std::uint64_t opening = 0;
@@ -331,7 +333,9 @@ Value Recordset::Fields(std::u16string_view name) const {
   return value;
 }
 
-std::u16string_view Recordset::Text(std::u16string_view name) const { return state_->TextOf(state_->ColumnOf(name)); }
+std::u16string_view Recordset::Text(std::u16string_view name) const {
+  return state_->TextOf(state_->ColumnOf(name));
+}
 
 std::u16string_view Recordset::Text(std::size_t column) const { return state_->TextOf(column); }
 
@@ -340,7 +344,8 @@ void Recordset::AddNew() {
   if (state_->adding) state_->Append();
   state_->Refresh();
   state_->added.assign(state_->table->Columns().size(), Value());
-  for (std::size_t i = 0; i < state_->added.size(); ++i) sql::ConvertTo(state_->table->Columns()[i].type, state_->added[i]);
+  for (std::size_t i = 0; i < state_->added.size(); ++i)
+    sql::ConvertTo(state_->table->Columns()[i].type, state_->added[i]);
   state_->adding = true;
   state_->LeaveRow();
 }
@@ -360,7 +365,8 @@ void Recordset::Update() {
   state_->Append();
 }
 
-void JetEngine::CompactDatabase(std::u16string_view sourceConnection, std::u16string_view destinationConnection) {
+void JetEngine::CompactDatabase(std::u16string_view sourceConnection,
+                                std::u16string_view destinationConnection) {
   const std::filesystem::path source = DataSource(sourceConnection);
   const std::filesystem::path destination = DataSource(destinationConnection);
   const std::unique_ptr<Database> database = OpenDatabase(opener_(source, OpenMode::kReadWrite), source);

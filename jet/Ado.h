@@ -40,29 +40,31 @@ class Connection {
   Connection(Connection&&) noexcept;
   Connection& operator=(Connection&&) noexcept;
 
-  // "name=value" pairs separated by ";", names without regard to case; "Data Source" is the file's full path, every
-  // other pair is ignored. Throws code::kObjectOpen while open.
+  // "name=value" pairs separated by ";", names without regard to case; "Data Source" is the file's full path,
+  // every other pair is ignored. Throws code::kObjectOpen while open.
   void SetConnectionString(std::u16string_view text);
   const std::u16string& ConnectionString() const;
 
   // 0 closed, 1 open.
   int State() const;
 
-  // Opens the file named by the connection string, for this process alone. A file that this object closed last and
-  // that nobody has changed since (same identity, size and time) is not read again. Throws code::kGeneric when the file is missing, in
-  // use or no database that the engine reads, code::kObjectOpen when already open.
+  // Opens the file named by the connection string, for this process alone. A file that this object closed
+  // last and that nobody has changed since (same identity, size and time) is not read again. Throws
+  // code::kGeneric when the file is missing, in use or no database that the engine reads, code::kObjectOpen
+  // when already open.
   void Open();
 
-  // Writes the changed pages in a safe order and lets go of the file; does nothing when closed. On a failed write the
-  // error is thrown, the object is closed, and the file is as safe as the order of writes makes it.
+  // Writes the changed pages in a safe order and lets go of the file; does nothing when closed. On a failed
+  // write the error is thrown, the object is closed, and the file is as safe as the order of writes makes it.
   void Close();
 
-  // Drops what was kept of the last file, so that the next Open() reads it anew. For callers that replace files.
+  // Drops what was kept of the last file, so that the next Open() reads it anew. For callers that replace
+  // files.
   void Forget();
 
-  // Runs one statement other than SELECT (INSERT, UPDATE or DELETE, of at most 68,000 characters) and returns the
-  // number of rows it touched. A statement applies whole or not at all; its error leaves the connection usable. Throws
-  // code::kObjectClosed when closed.
+  // Runs one statement other than SELECT (INSERT, UPDATE or DELETE, of at most 68,000 characters) and returns
+  // the number of rows it touched. A statement applies whole or not at all; its error leaves the connection
+  // usable. Throws code::kObjectClosed when closed.
   std::size_t Execute(std::u16string_view sql);
 
  private:
@@ -71,9 +73,9 @@ class Connection {
   std::unique_ptr<State_> state_;
 };
 
-// The rows of one SELECT, walked forward; AddNew/Update append rows to the table it reads. Which rows there are is fixed
-// when it is opened; what is in them is read when it is asked for, and a row that has been deleted since then throws
-// code::kNoCurrentRow. Closing the connection closes the recordset.
+// The rows of one SELECT, walked forward; AddNew/Update append rows to the table it reads. Which rows there
+// are is fixed when it is opened; what is in them is read when it is asked for, and a row that has been
+// deleted since then throws code::kNoCurrentRow. Closing the connection closes the recordset.
 class Recordset {
  public:
   Recordset();
@@ -81,7 +83,8 @@ class Recordset {
   Recordset(Recordset&&) noexcept;
   Recordset& operator=(Recordset&&) noexcept;
 
-  // Runs the SELECT and stands on its first row, if any. The connection must outlive the recordset's open time.
+  // Runs the SELECT and stands on its first row, if any. The connection must outlive the recordset's open
+  // time.
   void Open(std::u16string_view sql, Connection& connection);
   void Close();
   int State() const;
@@ -93,19 +96,19 @@ class Recordset {
 
   // A field of the current row (or of the row being added), by column name without regard to case.
   Value Fields(std::u16string_view name) const;
-  // The same as text, NULL as the empty text. The view lives until the recordset is moved, closed or asked again for
-  // the same column.
+  // The same as text, NULL as the empty text. The view lives until the recordset is moved, closed or asked
+  // again for the same column.
   std::u16string_view Text(std::u16string_view name) const;
   // The same by the column's position (from 0) in the recordset; the fast way for long walks.
   std::u16string_view Text(std::size_t column) const;
 
   // Begins a row of NULLs. A row begun before is added first; so it is by a move.
   void AddNew();
-  // Gives a field of that row a value, turned into the column's type. Throws code::kTypeMismatch where that cannot be,
-  // code::kGeneric when no row was begun.
+  // Gives a field of that row a value, turned into the column's type. Throws code::kTypeMismatch where that
+  // cannot be, code::kGeneric when no row was begun.
   void SetField(std::u16string_view name, Value value);
-  // Adds the row to the table, whole or not at all, and stands on it: the autonumber is readable then. A text longer
-  // than its column throws code::kGeneric here (not code::kTooLong); the row stays begun.
+  // Adds the row to the table, whole or not at all, and stands on it: the autonumber is readable then. A text
+  // longer than its column throws code::kGeneric here (not code::kTooLong); the row stays begun.
   void Update();
 
  private:
@@ -117,9 +120,10 @@ class JetEngine {
  public:
   explicit JetEngine(FileOpener opener = OpenFile) : opener_(std::move(opener)) {}
 
-  // Writes a packed copy of the source (tables one after the other, no free space, indexes rebuilt, autonumber
-  // counters set to the highest value present) to the destination. Both are connection strings. The source must not
-  // be open; the destination must not exist (code::kGeneric otherwise). After a failure no destination file is left.
+  // Writes a packed copy of the source (tables one after the other, no free space, indexes rebuilt,
+  // autonumber counters set to the highest value present) to the destination. Both are connection strings.
+  // The source must not be open; the destination must not exist (code::kGeneric otherwise). After a failure
+  // no destination file is left.
   void CompactDatabase(std::u16string_view sourceConnection, std::u16string_view destinationConnection);
 
  private:

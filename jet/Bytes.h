@@ -1,8 +1,8 @@
 #pragma once
 
-// Integers as they stand in the file: little-endian unless the name says otherwise, read and written a byte at a time.
-// The plain forms are for places whose bounds the caller has checked (a field of a page, a row already measured); the
-// forms with a span check and throw CorruptFile.
+// Integers as they stand in the file: little-endian unless the name says otherwise, read and written a byte
+// at a time. The plain forms are for places whose bounds the caller has checked (a field of a page, a row
+// already measured); the forms with a span check and throw CorruptFile.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,9 +15,7 @@ namespace kestrelon::jet {
 
 inline constexpr std::size_t kPageSize = 4096;
 
-inline std::uint16_t Get16(const std::uint8_t* at) {
-  return static_cast<std::uint16_t>(at[0] | at[1] << 8);
-}
+inline std::uint16_t Get16(const std::uint8_t* at) { return static_cast<std::uint16_t>(at[0] | at[1] << 8); }
 inline std::uint32_t Get24(const std::uint8_t* at) {
   return static_cast<std::uint32_t>(at[0]) | static_cast<std::uint32_t>(at[1]) << 8 |
          static_cast<std::uint32_t>(at[2]) << 16;

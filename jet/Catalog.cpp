@@ -34,7 +34,8 @@ std::int32_t NumberIn(const Cursor& cursor, std::size_t column) {
 char16_t Fold(char16_t c) {
   if (c >= u'a' && c <= u'z') return static_cast<char16_t>(c - 0x20);
   if (c >= 0xE0 && c <= 0xFE && c != 0xF7) return static_cast<char16_t>(c - 0x20);
-  if ((c >= 0x3B1 && c <= 0x3C9 && c != 0x3C2) || (c >= 0x430 && c <= 0x44F)) return static_cast<char16_t>(c - 0x20);
+  if ((c >= 0x3B1 && c <= 0x3C9 && c != 0x3C2) || (c >= 0x430 && c <= 0x44F))
+    return static_cast<char16_t>(c - 0x20);
   if (c >= 0x450 && c <= 0x45F) return static_cast<char16_t>(c - 0x50);
   return c;
 }
@@ -50,7 +51,8 @@ void Catalog::Read(const TableInternal& objects) {
   objects_.clear();
   const std::size_t id = PositionOf(objects, u"Id"), name = PositionOf(objects, u"Name"),
                     type = PositionOf(objects, u"Type"), flags = PositionOf(objects, u"Flags");
-  if (objects.columns[name].type != ColumnType::kText) ThrowCorrupt("the catalog has no names", objects.def.page);
+  if (objects.columns[name].type != ColumnType::kText)
+    ThrowCorrupt("the catalog has no names", objects.def.page);
   for (Cursor cursor(objects); cursor.Next();) {
     CatalogObject object;
     object.id = static_cast<std::uint32_t>(NumberIn(cursor, id));

@@ -41,7 +41,8 @@ class Catalog {
   std::vector<CatalogObject> objects_;
 };
 
-// Names of tables and columns compare without regard to case (basic Latin, Latin-1, Greek and Cyrillic letters).
+// Names of tables and columns compare without regard to case (basic Latin, Latin-1, Greek and Cyrillic
+// letters).
 bool EqualNames(std::u16string_view a, std::u16string_view b);
 
 }  // namespace kestrelon::jet

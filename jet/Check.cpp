@@ -10,8 +10,8 @@
 #include "jet/Index.h"
 #include "jet/LongValue.h"
 
-// The integrity walk. It relies on nothing that was read before but the catalog: every definition is read anew, every
-// page that it leads to is claimed, and what is left must be free.
+// The integrity walk. It relies on nothing that was read before but the catalog: every definition is read
+// anew, every page that it leads to is claimed, and what is left must be free.
 
 namespace kestrelon::jet {
 namespace {
@@ -69,7 +69,8 @@ class Checker {
   void CheckAllPages() {
     for (std::uint32_t page = 0; page < pager_.PageCount(); ++page) {
       const bool free = pager_.IsFree(page);
-      if (owner_[page].empty() && !free) Fault("page " + std::to_string(page) + " belongs to nothing and is not free");
+      if (owner_[page].empty() && !free)
+        Fault("page " + std::to_string(page) + " belongs to nothing and is not free");
       if (!owner_[page].empty() && free) {
         Fault("page " + std::to_string(page) + " is free but belongs to " + owner_[page]);
       }
@@ -100,7 +101,8 @@ class Checker {
 
   void ClaimMap(std::uint32_t pointer, const std::string& who) {
     static const std::string kMaps = "usage maps";
-    for (const std::uint32_t page : UsageMap(const_cast<Pager&>(pager_), pointer).BitPages()) Claim(page, kMaps);
+    for (const std::uint32_t page : UsageMap(const_cast<Pager&>(pager_), pointer).BitPages())
+      Claim(page, kMaps);
     if (!mapRows_.emplace(pointer, who).second) {
       Fault(who + ": its usage map serves " + mapRows_[pointer] + " too" + At(pointer >> 8, pointer & 0xFF));
     }
@@ -121,12 +123,13 @@ class Checker {
 
   void CheckFreeBytes(const std::uint8_t* bytes, std::uint32_t page) {
     if (Get16(bytes + 2) != data_page::FreeBytes(bytes)) {
-      Fault("page " + std::to_string(page) + ": the free-space field says " + std::to_string(Get16(bytes + 2)) +
-            ", there are " + std::to_string(data_page::FreeBytes(bytes)));
+      Fault("page " + std::to_string(page) + ": the free-space field says " +
+            std::to_string(Get16(bytes + 2)) + ", there are " + std::to_string(data_page::FreeBytes(bytes)));
     }
   }
 
-  void ClaimLongValues(const TableInternal& table, std::size_t position, std::map<std::uint32_t, bool>& pieces) {
+  void ClaimLongValues(const TableInternal& table, std::size_t position,
+                       std::map<std::uint32_t, bool>& pieces) {
     const PageSet& set = table.LongValuesOf(position);
     const std::string who = ToUtf8(table.name) + "." + ToUtf8(table.stored[position].name);
     ClaimMap(set.OwnedMap(), who);
@@ -144,7 +147,8 @@ class Checker {
     CheckSubset(set, who);
   }
 
-  void CheckRows(const TableInternal& table, std::vector<RowId>& rows, std::map<std::uint32_t, bool>& pieces) {
+  void CheckRows(const TableInternal& table, std::vector<RowId>& rows,
+                 std::map<std::uint32_t, bool>& pieces) {
     const std::string name = ToUtf8(table.name);
     std::map<RowId, bool> hidden;  // rows that others point to -> pointed to
     for (const std::uint32_t page : table.rows.Pages()) {
@@ -169,7 +173,8 @@ class Checker {
         for (std::size_t position = 0; position < table.stored.size(); ++position) {
           ReadField(table, view, position, value);
           const StoredColumn& column = table.stored[position];
-          if (column.LongValue() && view.Has(column.number)) UsePieces(table, position, view.Field(column), pieces);
+          if (column.LongValue() && view.Has(column.number))
+            UsePieces(table, position, view.Field(column), pieces);
         }
       });
     }
@@ -194,11 +199,13 @@ class Checker {
     // Of a chain, the reference and the first page carry the same token.
     const bool chain = !used.empty() && (Get32(field.data()) & long_value::kRowBit) == 0;
     if (chain && Get32(field.data() + 8) != Get32(pager_.Read(used.front() >> 8) + 8)) {
-      Fault(name + ": a long value's token differs from its page's" + At(used.front() >> 8, used.front() & 0xFF));
+      Fault(name + ": a long value's token differs from its page's" +
+            At(used.front() >> 8, used.front() & 0xFF));
     }
   }
 
-  void CheckIndex(const TableInternal& table, const RealIndex& index, const std::vector<RowId>& rows, bool stale) {
+  void CheckIndex(const TableInternal& table, const RealIndex& index, const std::vector<RowId>& rows,
+                  bool stale) {
     const std::string name = ToUtf8(table.name);
     ClaimMap(index.map, name);
     std::vector<std::uint32_t> owned = UsageMap(const_cast<Pager&>(pager_), index.map).Pages(), inTree;
@@ -236,7 +243,8 @@ class Checker {
       if (known && entry->second != key) FaultAtRow(name, "an index has another key for a row", row);
       ++entry;
     }
-    for (; entry != entries.end(); ++entry) FaultAtRow(name, "an index names a row that is not there", entry->first);
+    for (; entry != entries.end(); ++entry)
+      FaultAtRow(name, "an index names a row that is not there", entry->first);
   }
 
   void CheckUnique(const std::string& name, const RealIndex& index,

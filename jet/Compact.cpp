@@ -9,11 +9,11 @@
 #include "jet/Layout.h"
 #include "jet/LongValue.h"
 
-// Compaction: a new file from the definitions and rows of an old one. Page 0 is copied as it is, because the security
-// identifiers in the catalog are masked with a string that depends on it. Tables follow one another in order of their
-// object ids, rows in the order of the primary key where there is one. Numbers that change are those of the definition
-// pages, which are the tables' object ids (MSysObjects, MSysACEs, MSysQueries and foreign keys name them), and those of
-// columns after dropped ones.
+// Compaction: a new file from the definitions and rows of an old one. Page 0 is copied as it is, because the
+// security identifiers in the catalog are masked with a string that depends on it. Tables follow one another
+// in order of their object ids, rows in the order of the primary key where there is one. Numbers that change
+// are those of the definition pages, which are the tables' object ids (MSysObjects, MSysACEs, MSysQueries and
+// foreign keys name them), and those of columns after dropped ones.
 
 namespace kestrelon::jet {
 namespace {
@@ -42,7 +42,8 @@ TableDef CopyDefinition(const TableInternal& source) {
   def.indexes = source.def.indexes;
   for (RealIndex& index : def.indexes) {
     for (KeyColumn& column : index.columns) {
-      if (!numbers.contains(column.number)) ThrowCorrupt("an index names a column that is not there", source.def.page);
+      if (!numbers.contains(column.number))
+        ThrowCorrupt("an index names a column that is not there", source.def.page);
       column.number = numbers[column.number];
     }
   }
@@ -95,15 +96,17 @@ class TableCopy {
 
  private:
   void FindIdColumn() {
-    const char16_t* name = source_.def.page == engine_table::kObjects ? u"Id"
-                           : source_.def.page == engine_table::kAces || source_.def.page == engine_table::kQueries
-                               ? u"ObjectId"
-                               : nullptr;
+    const char16_t* name =
+        source_.def.page == engine_table::kObjects                                              ? u"Id"
+        : source_.def.page == engine_table::kAces || source_.def.page == engine_table::kQueries ? u"ObjectId"
+                                                                                                : nullptr;
     for (std::size_t position = 0; position < source_.columns.size(); ++position) {
       const Column& column = source_.columns[position];
       if (column.autoNumber) autoNumber_ = position;
-      if (name != nullptr && EqualNames(column.name, name) && column.type == ColumnType::kLong) idColumn_ = position;
-      if (source_.def.page == engine_table::kObjects && EqualNames(column.name, u"Type")) typeColumn_ = position;
+      if (name != nullptr && EqualNames(column.name, name) && column.type == ColumnType::kLong)
+        idColumn_ = position;
+      if (source_.def.page == engine_table::kObjects && EqualNames(column.name, u"Type"))
+        typeColumn_ = position;
     }
   }
 
@@ -233,7 +236,8 @@ class TableCopy {
     IndexWalk walk;
     walk.entry = [&](std::span<const std::uint8_t> key, RowId row) {
       const auto found = std::lower_bound(moved_.begin(), moved_.end(), std::pair{row, RowId{}});
-      if (found == moved_.end() || found->first != row) ThrowCorrupt("an index names a row that is not there", source_.def.page);
+      if (found == moved_.end() || found->first != row)
+        ThrowCorrupt("an index names a row that is not there", source_.def.page);
       entries.Add(key, found->second);
     };
     WalkIndex(*source_.pager, source_.def.page, old, walk);
@@ -270,7 +274,8 @@ void RefuseReplicas(const Catalog& catalog) {
 }  // namespace
 
 void DatabaseImpl::CompactInto(File& destination) {
-  if (pager_.InTransaction()) throw Error(code::kGeneric, u"A database cannot be compacted within a transaction.");
+  if (pager_.InTransaction())
+    throw Error(code::kGeneric, u"A database cannot be compacted within a transaction.");
   RefuseReplicas(catalog_);
   Settle();
 
@@ -293,7 +298,8 @@ void DatabaseImpl::CompactInto(File& destination) {
     LayDownTable(target.Pages(), engine ? engineMaps : ownMaps, def);
     tables.push_back({&source, &target.TableAt(def.page, object.name)});
   }
-  if (!ids.contains(engine_table::kObjects)) ThrowCorrupt("the catalog does not list itself", engine_table::kObjects);
+  if (!ids.contains(engine_table::kObjects))
+    ThrowCorrupt("the catalog does not list itself", engine_table::kObjects);
   for (const CatalogObject& object : catalog_.Objects()) {
     const bool clash = !object.LocalTable() && std::any_of(ids.begin(), ids.end(), [&](const auto& each) {
       return each.second == object.id;

@@ -5,9 +5,10 @@
 #include "jet/Header.h"
 #include "jet/Layout.h"
 
-// What a blank database consists of: page 0; page 1, the map of free pages; pages 2 to 5, the definitions of the engine's
-// tables, with one page for their usage maps and a root page for each of their indexes; then, for each table asked for, its
-// definition, a page of usage maps and the roots of its indexes; last the rows of MSysObjects and MSysACEs.
+// What a blank database consists of: page 0; page 1, the map of free pages; pages 2 to 5, the definitions of
+// the engine's tables, with one page for their usage maps and a root page for each of their indexes; then,
+// for each table asked for, its definition, a page of usage maps and the roots of its indexes; last the rows
+// of MSysObjects and MSysACEs.
 //
 // Properties of an object (column LvProp): "MR2", NUL, then chunks
 //
@@ -16,7 +17,8 @@
 //   4       2     kind: 80h names (first), 0 properties of the object, 1 properties of a column
 //   6       ...   names: each u16 bytes and UTF-16
 //                 properties: u32 6 + n, u16 n, the column's name of n bytes (none for kind 0), then records
-//                 {u16 size, u8 1 if settable by the engine, u8 column type, u16 index of the name, u16 n, value}
+//                 {u16 size, u8 1 if settable by the engine, u8 column type, u16 index of the name, u16 n,
+//                 value}
 
 namespace kestrelon::jet {
 namespace {
@@ -116,7 +118,8 @@ StoredColumn MakeColumn(const NewColumn& column, std::uint16_t number) {
     stored.length = size;
   }
   if (column.autoNumber) {
-    if (column.type != ColumnType::kLong) throw Error(code::kTypeMismatch, u"An autonumber column must be a long.");
+    if (column.type != ColumnType::kLong)
+      throw Error(code::kTypeMismatch, u"An autonumber column must be a long.");
     stored.flags |= StoredColumn::kAutoNumber;
   }
   if (column.type == ColumnType::kText) {
@@ -154,7 +157,8 @@ TableDef MakeTable(const NewTable& table) {
 // Fills MSysObjects and MSysACEs.
 class CatalogWriter {
  public:
-  CatalogWriter(Table& objects, Table& aces, double created) : objects_(objects), aces_(aces), created_(created) {}
+  CatalogWriter(Table& objects, Table& aces, double created)
+      : objects_(objects), aces_(aces), created_(created) {}
 
   void AddObject(std::uint32_t id, std::uint32_t parent, std::u16string_view name, std::int32_t type,
                  std::uint32_t flags, const Identifier& owner, Value properties = {}) {
@@ -171,7 +175,8 @@ class CatalogWriter {
     objects_.Insert(row);
   }
   void AddAce(std::uint32_t object, const Identifier& who, std::int32_t rights, bool inheritable) {
-    const Value row[] = {static_cast<std::int32_t>(object), Bytes(who.begin(), who.end()), rights, inheritable};
+    const Value row[] = {static_cast<std::int32_t>(object), Bytes(who.begin(), who.end()), rights,
+                         inheritable};
     aces_.Insert(row);
   }
 
@@ -186,7 +191,8 @@ void AddEngineObjects(CatalogWriter& catalog) {
   catalog.AddObject(kTablesId, kRoot, u"Tables", kContainerType, kSystemObject, kEngine);
   catalog.AddObject(kDatabasesId, kRoot, u"Databases", kContainerType, kSystemObject, kEngine);
   catalog.AddObject(kRelationshipsId, kRoot, u"Relationships", kContainerType, kSystemObject, kEngine);
-  catalog.AddObject(kDatabaseId, kDatabasesId, u"MSysDb", kDatabaseType, kSystemObject, kAdminUser, Access2000());
+  catalog.AddObject(kDatabaseId, kDatabasesId, u"MSysDb", kDatabaseType, kSystemObject, kAdminUser,
+                    Access2000());
   for (const NamedTableDef& table : EngineTables()) {
     catalog.AddObject(table.def.page, kTablesId, table.name, kTableType, kSystemObject, kEngine);
   }
@@ -197,15 +203,22 @@ void AddEngineObjects(CatalogWriter& catalog) {
     std::int32_t rights;
     bool inheritable;
   };
-  const Ace aces[] = {
-      {kTablesId, kUsers, 1048319, true},          {kTablesId, kAdminUser, 1048319, true},
-      {kTablesId, kCreator, 983294, true},         {kDatabasesId, kAdminUser, 393216, false},
-      {kRelationshipsId, kAdminUser, 393217, false}, {kRelationshipsId, kUsers, 1048575, true},
-      {kRelationshipsId, kCreator, 983294, true},  {kDatabaseId, kAdminUser, 393230, false},
-      {kDatabaseId, kUsers, 14, false},            {engine_table::kObjects, kAdminUser, 393216, false},
-      {engine_table::kObjects, kUsers, 20, false}, {engine_table::kAces, kAdminUser, 393216, false},
-      {engine_table::kQueries, kAdminUser, 393216, false}, {engine_table::kQueries, kUsers, 20, false},
-      {engine_table::kRelationships, kAdminUser, 917504, false}, {engine_table::kRelationships, kUsers, 20, false}};
+  const Ace aces[] = {{kTablesId, kUsers, 1048319, true},
+                      {kTablesId, kAdminUser, 1048319, true},
+                      {kTablesId, kCreator, 983294, true},
+                      {kDatabasesId, kAdminUser, 393216, false},
+                      {kRelationshipsId, kAdminUser, 393217, false},
+                      {kRelationshipsId, kUsers, 1048575, true},
+                      {kRelationshipsId, kCreator, 983294, true},
+                      {kDatabaseId, kAdminUser, 393230, false},
+                      {kDatabaseId, kUsers, 14, false},
+                      {engine_table::kObjects, kAdminUser, 393216, false},
+                      {engine_table::kObjects, kUsers, 20, false},
+                      {engine_table::kAces, kAdminUser, 393216, false},
+                      {engine_table::kQueries, kAdminUser, 393216, false},
+                      {engine_table::kQueries, kUsers, 20, false},
+                      {engine_table::kRelationships, kAdminUser, 917504, false},
+                      {engine_table::kRelationships, kUsers, 20, false}};
   for (const Ace& ace : aces) catalog.AddAce(ace.object, ace.who, ace.rights, ace.inheritable);
 }
 
@@ -226,7 +239,8 @@ void CreateDatabase(File& file, std::span<const NewTable> tables, double created
     def.page = database.Pages().Allocate();
     MapRows maps(database.Pages());
     LayDownTable(database.Pages(), maps, def);
-    catalog.AddObject(def.page, kTablesId, table.name, kTableType, 0, header::kAdminUser, AllowZeroLength(table));
+    catalog.AddObject(def.page, kTablesId, table.name, kTableType, 0, header::kAdminUser,
+                      AllowZeroLength(table));
     catalog.AddAce(def.page, header::kAdminUser, kFullRights, false);
     catalog.AddAce(def.page, header::kUsers, kFullRights, false);
   }

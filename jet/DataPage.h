@@ -22,7 +22,7 @@
 namespace kestrelon::jet {
 
 inline constexpr std::size_t kDataHeader = 14;
-inline constexpr std::size_t kMostSlots = 255;  // a slot number is one byte in every pointer
+inline constexpr std::size_t kMostSlots = 255;                // a slot number is one byte in every pointer
 inline constexpr std::uint32_t kLongValueOwner = 0x4C41564C;  // "LVAL"
 inline constexpr std::uint16_t kSlotHidden = 0x8000, kSlotMoved = 0x4000, kSlotOffset = 0x1FFF;
 inline constexpr std::uint16_t kSlotDeleted = kSlotHidden | kSlotMoved;
@@ -32,14 +32,18 @@ namespace data_page {
 // An empty page for `owner`.
 void Format(std::uint8_t* page, std::uint32_t owner);
 
-// Throws CorruptFile unless the page is a data page whose slot table and rows lie within it in order. The other
-// functions may be used on a page that passed.
+// Throws CorruptFile unless the page is a data page whose slot table and rows lie within it in order. The
+// other functions may be used on a page that passed.
 void Check(const std::uint8_t* page, std::uint32_t number);
 
 inline std::uint32_t Owner(const std::uint8_t* page) { return Get32(page + 4); }
 inline std::size_t SlotCount(const std::uint8_t* page) { return Get16(page + 12); }
-inline std::uint16_t Slot(const std::uint8_t* page, std::size_t slot) { return Get16(page + kDataHeader + 2 * slot); }
-inline std::size_t Start(const std::uint8_t* page, std::size_t slot) { return Slot(page, slot) & kSlotOffset; }
+inline std::uint16_t Slot(const std::uint8_t* page, std::size_t slot) {
+  return Get16(page + kDataHeader + 2 * slot);
+}
+inline std::size_t Start(const std::uint8_t* page, std::size_t slot) {
+  return Slot(page, slot) & kSlotOffset;
+}
 inline std::size_t End(const std::uint8_t* page, std::size_t slot) {
   return slot == 0 ? kPageSize : Start(page, slot - 1);
 }
@@ -54,8 +58,8 @@ inline bool HasRoomFor(const std::uint8_t* page, std::size_t rowBytes) {
 
 // Appends a row of `size` bytes, to be filled by the caller; there must be room. Returns its slot.
 std::size_t Append(std::uint8_t* page, std::size_t size, std::uint16_t flags);
-// Gives a row another size; the rows after it are moved so that no gap stays, and its bytes are undefined beyond the
-// shorter of the two sizes. There must be room for growth.
+// Gives a row another size; the rows after it are moved so that no gap stays, and its bytes are undefined
+// beyond the shorter of the two sizes. There must be room for growth.
 void Resize(std::uint8_t* page, std::size_t slot, std::size_t size, std::uint16_t flags);
 inline void Delete(std::uint8_t* page, std::size_t slot) { Resize(page, slot, 0, kSlotDeleted); }
 // No slot is in use.

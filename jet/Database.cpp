@@ -12,7 +12,8 @@ std::unique_ptr<Database> Database::Open(std::unique_ptr<File> file, std::u16str
 
 DatabaseImpl::DatabaseImpl(std::unique_ptr<File> file, std::u16string name)
     : pager_(std::move(file)), name_(std::move(name)) {
-  if (!header::IsPlainJet4(pager_.Read(0))) throw CorruptFile(u"Unrecognized database format '" + name_ + u"'.");
+  if (!header::IsPlainJet4(pager_.Read(0)))
+    throw CorruptFile(u"Unrecognized database format '" + name_ + u"'.");
   pager_.LoadFreePages();
   catalog_.Read(TableAt(engine_table::kObjects, u"MSysObjects").Internal());
 }
@@ -23,9 +24,9 @@ DatabaseImpl::DatabaseImpl(std::span<const std::uint8_t> headerPage) {
 }
 
 TableImpl& DatabaseImpl::TableAt(std::uint32_t page, const std::u16string& name) {
-  auto& table = tables_[page];
-  if (!table) table = std::make_unique<TableImpl>(*this, name, ReadTableDef(pager_, page));
-  return *table;
+  if (const auto found = tables_.find(page); found != tables_.end()) return *found->second;
+  auto table = std::make_unique<TableImpl>(*this, name, ReadTableDef(pager_, page));
+  return *tables_.emplace(page, std::move(table)).first->second;
 }
 
 std::vector<std::u16string> DatabaseImpl::TableNames() const {
@@ -39,9 +40,9 @@ std::vector<std::u16string> DatabaseImpl::TableNames() const {
 Table& DatabaseImpl::OpenTable(std::u16string_view name) {
   const CatalogObject* object = catalog_.FindTable(name);
   if (object == nullptr) {
-    throw Error(code::kNoSuchTable, u"The Microsoft Jet database engine cannot find the input table or query '" +
-                                        std::u16string(name) +
-                                        u"'. Make sure it exists and that its name is spelled correctly.");
+    throw Error(code::kNoSuchTable,
+                u"The Microsoft Jet database engine cannot find the input table or query '" +
+                    std::u16string(name) + u"'. Make sure it exists and that its name is spelled correctly.");
   }
   return TableAt(object->id, object->name);
 }
@@ -61,8 +62,8 @@ void DatabaseImpl::Rollback() {
 }
 
 bool DatabaseImpl::Dirty() const {
-  return pager_.Dirty() ||
-         std::any_of(tables_.begin(), tables_.end(), [](const auto& entry) { return entry.second->Changed(); });
+  return pager_.Dirty() || std::any_of(tables_.begin(), tables_.end(),
+                                       [](const auto& entry) { return entry.second->Changed(); });
 }
 
 void DatabaseImpl::Settle() {

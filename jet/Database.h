@@ -26,11 +26,13 @@ struct NewTable {
   std::u16string primaryKey;  // name of a kLong column, or empty for none
 };
 
-// Makes a blank Access 2000 database with these tables in an empty file. `created` is stored as the tables' creation
-// date (days since 1899-12-30, local time); everything else is fixed, so equal arguments give equal bytes.
+// Makes a blank Access 2000 database with these tables in an empty file. `created` is stored as the tables'
+// creation date (days since 1899-12-30, local time); everything else is fixed, so equal arguments give equal
+// bytes.
 void CreateDatabase(File& file, std::span<const NewTable> tables, double created);
 
-// An open database file: the page cache, the catalog and the tables. All changes stay in memory until Flush().
+// An open database file: the page cache, the catalog and the tables. All changes stay in memory until
+// Flush().
 class Database {
  public:
   // Throws CorruptFile / code::kGeneric ("Unrecognized database format 'x'.") when the file is no plain Jet 4
@@ -43,13 +45,14 @@ class Database {
   // Without regard to case; engine tables too. Throws code::kNoSuchTable.
   virtual Table& OpenTable(std::u16string_view name) = 0;
 
-  // A span of changes that holds whole or not at all. Begin() remembers the pages as they are; Commit() forgets the
-  // memory; Rollback() puts back every page changed since and everything derived from them.
+  // A span of changes that holds whole or not at all. Begin() remembers the pages as they are; Commit()
+  // forgets the memory; Rollback() puts back every page changed since and everything derived from them.
   virtual void Begin() = 0;
   virtual void Commit() = 0;
   virtual void Rollback() = 0;
 
-  // Writes the changed pages in an order in which a stop at any write leaves a file that opens or is reported as damaged, never misread.
+  // Writes the changed pages in an order in which a stop at any write leaves a file that opens or is reported
+  // as damaged, never misread.
   virtual void Flush() = 0;
   virtual bool Dirty() const = 0;
 
@@ -60,9 +63,9 @@ class Database {
   // Writes a packed copy into an empty file.
   virtual void CompactInto(File& destination) = 0;
 
-  // The integrity walk: every page owned exactly once, maps, free-space fields, row counts, rows decodable, long
-  // values owned once, indexes ordered, complete and consistent with the rows. Returns one line per fault; empty when
-  // sound. Never throws for damaged content.
+  // The integrity walk: every page owned exactly once, maps, free-space fields, row counts, rows decodable,
+  // long values owned once, indexes ordered, complete and consistent with the rows. Returns one line per
+  // fault; empty when sound. Never throws for damaged content.
   virtual std::vector<std::string> Check() = 0;
 };
 

@@ -33,8 +33,8 @@ class TableImpl final : public Table {
   TableInternal& Internal() { return table_; }
   const TableInternal& Internal() const { return table_; }
 
-  // Adds a row whose bytes are ready, without a look at the indexes; for laying down a whole table. SetCounts(),
-  // the indexes and the definition follow.
+  // Adds a row whose bytes are ready, without a look at the indexes; for laying down a whole table.
+  // SetCounts(), the indexes and the definition follow.
   RowId AppendRaw(std::span<const std::uint8_t> row);
   void SetCounts(std::uint32_t rowCount, std::uint32_t autoNumber);
 

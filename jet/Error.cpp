@@ -64,7 +64,12 @@ std::u16string FromUtf8(std::string_view text) {
   out.reserve(text.size());
   for (std::size_t i = 0; i < text.size();) {
     const auto lead = static_cast<unsigned char>(text[i++]);
-    const std::size_t more = lead < 0x80 ? 0 : lead < 0xC2 ? 9 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 9;
+    const std::size_t more = lead < 0x80   ? 0
+                             : lead < 0xC2 ? 9
+                             : lead < 0xE0 ? 1
+                             : lead < 0xF0 ? 2
+                             : lead < 0xF5 ? 3
+                                           : 9;
     if (more == 9) {
       AppendUtf16(out, kReplacement);
       continue;
@@ -83,7 +88,8 @@ std::u16string FromUtf8(std::string_view text) {
 }
 
 void ThrowCorrupt(const char* what, std::uint32_t page) {
-  throw CorruptFile(FromUtf8("Unrecognized database format: " + std::string(what) + " (page " + std::to_string(page) + ")."));
+  throw CorruptFile(FromUtf8("Unrecognized database format: " + std::string(what) + " (page " +
+                             std::to_string(page) + ")."));
 }
 
 }  // namespace kestrelon::jet

@@ -9,12 +9,12 @@ namespace kestrelon::jet {
 
 // Number of an engine error, in the form that database clients know (an HRESULT).
 namespace code {
-inline constexpr std::uint32_t kGeneric = 0x80004005;           // file missing, unreadable, in use, not a database
-inline constexpr std::uint32_t kSyntax = 0x80040E14;            // the statement cannot be understood
+inline constexpr std::uint32_t kGeneric = 0x80004005;  // file missing, unreadable, in use, not a database
+inline constexpr std::uint32_t kSyntax = 0x80040E14;   // the statement cannot be understood
 inline constexpr std::uint32_t kMissingParameter = 0x80040E10;  // a name that is no column of the table
 inline constexpr std::uint32_t kNoSuchTable = 0x80040E37;
 inline constexpr std::uint32_t kTypeMismatch = 0x80040E07;
-inline constexpr std::uint32_t kTooLong = 0x80040E57;     // a text longer than its column
+inline constexpr std::uint32_t kTooLong = 0x80040E57;  // a text longer than its column
 inline constexpr std::uint32_t kNoCurrentRow = 0x800A0BCD;
 inline constexpr std::uint32_t kObjectClosed = 0x800A0E78;
 inline constexpr std::uint32_t kObjectOpen = 0x800A0E79;
@@ -39,8 +39,8 @@ class Error : public std::exception {
   std::string what_;
 };
 
-// The file's bytes contradict the format. Thrown for any damaged or hostile input; carries code::kGeneric and a
-// description that begins "Unrecognized database format" or names the page and offset of the contradiction.
+// The file's bytes contradict the format. Thrown for any damaged or hostile input; carries code::kGeneric and
+// a description that begins "Unrecognized database format" or names the page and offset of the contradiction.
 class CorruptFile : public Error {
  public:
   explicit CorruptFile(std::u16string description) : Error(code::kGeneric, std::move(description)) {}

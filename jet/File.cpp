@@ -46,9 +46,9 @@ constexpr int kSharingViolation = 32, kLockViolation = 33;  // numbers of the op
 
 int OpenDescriptor(const std::filesystem::path& path, OpenMode mode, int& error, bool& inUse) {
   const int flags = _O_BINARY | _O_NOINHERIT |
-                    (mode == OpenMode::kRead         ? _O_RDONLY
-                     : mode == OpenMode::kReadWrite  ? _O_RDWR
-                                                     : _O_RDWR | _O_CREAT | _O_EXCL);
+                    (mode == OpenMode::kRead        ? _O_RDONLY
+                     : mode == OpenMode::kReadWrite ? _O_RDWR
+                                                    : _O_RDWR | _O_CREAT | _O_EXCL);
   int descriptor = -1;
   error = _wsopen_s(&descriptor, path.c_str(), flags, mode == OpenMode::kRead ? _SH_DENYWR : _SH_DENYRW,
                     _S_IREAD | _S_IWRITE);
@@ -68,9 +68,9 @@ std::int64_t WriteSome(int descriptor, std::uint64_t offset, const std::uint8_t*
 bool Synchronize(int descriptor) { return _commit(descriptor) == 0; }
 #else
 int OpenDescriptor(const std::filesystem::path& path, OpenMode mode, int& error, bool& inUse) {
-  const int flags = O_CLOEXEC | (mode == OpenMode::kRead         ? O_RDONLY
-                                 : mode == OpenMode::kReadWrite  ? O_RDWR
-                                                                 : O_RDWR | O_CREAT | O_EXCL);
+  const int flags = O_CLOEXEC | (mode == OpenMode::kRead        ? O_RDONLY
+                                 : mode == OpenMode::kReadWrite ? O_RDWR
+                                                                : O_RDWR | O_CREAT | O_EXCL);
   inUse = false;
   const int descriptor = ::open(path.c_str(), flags, 0666);
   error = errno;
@@ -112,7 +112,8 @@ class DiskFile final : public File {
       const std::int64_t done =
           ReadSome(descriptor_, offset, bytes.data(), std::min(bytes.size(), kLargestPiece));
       if (done < 0) ThrowFailed(u"read", name_, errno);
-      if (done == 0) throw CorruptFile(u"Unrecognized database format '" + name_ + u"': the file is too short.");
+      if (done == 0)
+        throw CorruptFile(u"Unrecognized database format '" + name_ + u"': the file is too short.");
       offset += static_cast<std::uint64_t>(done);
       bytes = bytes.subspan(static_cast<std::size_t>(done));
     }
@@ -168,7 +169,9 @@ class FailingFile final : public File {
       : inner_(std::move(inner)), left_(writesBeforeFailure), tornBytes_(tornBytes) {}
 
   std::uint64_t Size() const override { return inner_->Size(); }
-  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override { inner_->ReadAt(offset, bytes); }
+  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
+    inner_->ReadAt(offset, bytes);
+  }
 
   void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
     if (left_ == 0) {

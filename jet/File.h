@@ -9,8 +9,8 @@
 
 namespace kestrelon::jet {
 
-// A random-access file, as far as the engine needs one. Offsets and sizes are bytes. Every failure throws Error
-// (code::kGeneric) with a description that names the file.
+// A random-access file, as far as the engine needs one. Offsets and sizes are bytes. Every failure throws
+// Error (code::kGeneric) with a description that names the file.
 class File {
  public:
   virtual ~File() = default;
@@ -25,9 +25,9 @@ class File {
 
 enum class OpenMode {
   kRead,       // shared with other readers
-  kReadWrite,  // for this process alone; a file that others have open is "in use"; a read-only file falls back to kRead
-               // and fails at the first write
-  kCreate,     // must not exist yet; for this process alone
+  kReadWrite,  // for this process alone; a file that others have open is "in use"; a read-only file falls
+               // back to kRead and fails at the first write
+  kCreate,  // must not exist yet; for this process alone
 };
 
 std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);
@@ -35,8 +35,9 @@ std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode)
 // A file in memory. `bytes` is shared with the caller, who may look at it afterwards.
 std::unique_ptr<File> OpenMemoryFile(std::shared_ptr<std::vector<std::uint8_t>> bytes);
 
-// Forwards to `inner` until `writesBeforeFailure` calls of WriteAt or Flush have been made; that call and all later ones throw.
-// When `tornBytes` is not 0, the failing WriteAt still writes that many bytes first (a torn write).
+// Forwards to `inner` until `writesBeforeFailure` calls of WriteAt or Flush have been made; that call and all
+// later ones throw. When `tornBytes` is not 0, the failing WriteAt still writes that many bytes first (a torn
+// write).
 std::unique_ptr<File> OpenFailingFile(std::unique_ptr<File> inner, std::size_t writesBeforeFailure,
                                       std::size_t tornBytes = 0);
 

@@ -18,7 +18,8 @@ void AddBitPage(Pager& pager, std::uint32_t page) {
   std::uint8_t* bytes = pager.Write(bitPage);
   map_row::FormatBitPage(bytes);
   for (std::uint32_t bit = 0; bit < map_row::kPagesPerBitPage; ++bit) {
-    if (k * map_row::kPagesPerBitPage + bit >= pager.PageCount()) map_row::SetBit(bytes + map_row::kPageBits, bit, true);
+    if (k * map_row::kPagesPerBitPage + bit >= pager.PageCount())
+      map_row::SetBit(bytes + map_row::kPageBits, bit, true);
   }
   const map_row::Place place = map_row::Find(pager, kRow);
   Put32(pager.Write(place.page) + place.offset + 1 + 4 * k, bitPage);
@@ -53,7 +54,8 @@ std::vector<std::uint32_t> FreePages(const Pager& pager) {
   std::vector<std::uint32_t> pages;
   const map_row::Place place = map_row::Find(pager, kRow);
   const auto add = [&pages, &pager](std::uint64_t page) {
-    if (page > Pager::kGlobalMapPage && page < pager.PageCount()) pages.push_back(static_cast<std::uint32_t>(page));
+    if (page > Pager::kGlobalMapPage && page < pager.PageCount())
+      pages.push_back(static_cast<std::uint32_t>(page));
   };
   if (map_row::Type(pager, place) == map_row::kInline) {
     const std::uint64_t first = map_row::First(pager, place);
@@ -63,8 +65,9 @@ std::vector<std::uint32_t> FreePages(const Pager& pager) {
   }
   for (std::size_t k = 0; k < map_row::kEntries; ++k) {
     if (const std::uint32_t bitPage = map_row::Entry(pager, place, k); bitPage != 0) {
-      map_row::ForEachBit(map_row::PageBits(pager, bitPage),
-                          [&](std::uint32_t bit) { add(std::uint64_t{k} * map_row::kPagesPerBitPage + bit); });
+      map_row::ForEachBit(map_row::PageBits(pager, bitPage), [&](std::uint32_t bit) {
+        add(std::uint64_t{k} * map_row::kPagesPerBitPage + bit);
+      });
     }
   }
   return pages;

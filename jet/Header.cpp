@@ -26,8 +26,8 @@
 //   0x6E    4     default sort order: u16 1033, u8 0, u8 0
 //   0x72    8     creation date
 //
-// New files always carry the same creation date: stored security identifiers are masked with a string that depends on it
-// in a way that is not known, so the identifiers known for one date go with that date.
+// New files always carry the same creation date: stored security identifiers are masked with a string that
+// depends on it in a way that is not known, so the identifiers known for one date go with that date.
 
 namespace kestrelon::jet::header {
 namespace {
@@ -57,7 +57,8 @@ void ApplyMask(std::uint8_t* masked) {
 }  // namespace
 
 bool IsPlainJet4(const std::uint8_t* page) {
-  if (std::memcmp(page + 4, kSignature.data(), kSignature.size()) != 0 || Get32(page + 0x14) != kJet4) return false;
+  if (std::memcmp(page + 4, kSignature.data(), kSignature.size()) != 0 || Get32(page + 0x14) != kJet4)
+    return false;
   std::array<std::uint8_t, kMaskedBytes> plain;
   std::memcpy(plain.data(), page + kMasked, kMaskedBytes);
   ApplyMask(plain.data());
@@ -78,7 +79,8 @@ std::array<std::uint8_t, kPageSize> NewPage() {
   for (std::size_t i = 0; i < 10; ++i) Put32(at + 0x42 + 4 * i, 38143);  // no password
   Put32(at + 0x6A, 8618);
   Put16(at + 0x6E, 1033);
-  static constexpr std::uint8_t kCreated[8] = {0xBC, 0x72, 0x1F, 0x7D, 0xF1, 0x9F, 0xE2, 0x40};  // 38143.54...
+  static constexpr std::uint8_t kCreated[8] = {0xBC, 0x72, 0x1F, 0x7D,
+                                               0xF1, 0x9F, 0xE2, 0x40};  // 38143.54...
   std::memcpy(at + 0x72, kCreated, sizeof kCreated);
   ApplyMask(at + kMasked);
   Put32(at + 0x98, 0x0654);

@@ -21,8 +21,8 @@
 //   27      453   mask: bit k, lowest first, = an entry ends at 480 + k
 //   480     3616  entries, packed
 //
-// Leaf entry: key, u24 big-endian page, u8 slot. Node entry: the last entry below the child, then u32 big-endian child.
-// Entries are in the order of their bytes.
+// Leaf entry: key, u24 big-endian page, u8 slot. Node entry: the last entry below the child, then u32
+// big-endian child. Entries are in the order of their bytes.
 
 namespace kestrelon::jet {
 namespace {
@@ -170,7 +170,8 @@ class Walker {
   }
 
   void CheckLeaf(std::uint32_t page, const std::uint8_t* bytes, int depth) {
-    if (lastLeaf_ != 0 && (nextLeaf_ != page || Get32(bytes + 12) != lastLeaf_)) Fault("leaves are not linked", page);
+    if (lastLeaf_ != 0 && (nextLeaf_ != page || Get32(bytes + 12) != lastLeaf_))
+      Fault("leaves are not linked", page);
     if (lastLeaf_ == 0 && Get32(bytes + 12) != 0) Fault("the first leaf names a previous one", page);
     if (leafDepth_ >= 0 && leafDepth_ != depth) Fault("leaves at different depths", page);
     leafDepth_ = depth;
@@ -187,7 +188,7 @@ class Walker {
   std::uint32_t definitionPage_;
   const IndexWalk& walk_;
   std::set<std::uint32_t> seen_;
-  std::vector<std::uint8_t> last_;   // the entry visited last
+  std::vector<std::uint8_t> last_;  // the entry visited last
   std::uint32_t lastLeaf_ = 0, nextLeaf_ = 0;
   int leafDepth_ = -1;
 };
@@ -205,13 +206,15 @@ void IndexEntries::Add(std::span<const std::uint8_t> key, RowId row) {
   places_.push_back({static_cast<std::uint32_t>(bytes_.size()), static_cast<std::uint16_t>(size)});
   bytes_.insert(bytes_.end(), key.begin(), key.end());
   std::uint8_t pointer[kRowPointer];
-  PutBig32(pointer, static_cast<std::uint32_t>(row));  // page << 8 | slot: the page's three bytes, then the slot
+  PutBig32(pointer,
+           static_cast<std::uint32_t>(row));  // page << 8 | slot: the page's three bytes, then the slot
   bytes_.insert(bytes_.end(), pointer, pointer + kRowPointer);
 }
 
 void IndexEntries::Sort() {
   const auto less = [this](const Place& a, const Place& b) {
-    const int order = std::memcmp(bytes_.data() + a.offset, bytes_.data() + b.offset, std::min(a.size, b.size));
+    const int order =
+        std::memcmp(bytes_.data() + a.offset, bytes_.data() + b.offset, std::min(a.size, b.size));
     return order != 0 ? order < 0 : a.size < b.size;
   };
   if (!std::is_sorted(places_.begin(), places_.end(), less)) std::sort(places_.begin(), places_.end(), less);
@@ -235,7 +238,8 @@ void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, co
     const auto entry = entries[i];
     const auto before = i == 0 ? entry : entries[i - 1];
     const std::size_t key = entry.size() - kRowPointer;
-    const bool repeated = i > 0 && before.size() == entry.size() && std::memcmp(before.data(), entry.data(), key) == 0;
+    const bool repeated =
+        i > 0 && before.size() == entry.size() && std::memcmp(before.data(), entry.data(), key) == 0;
     if (!repeated) ++index.distinct;
   }
   if (entries.size() == 0) {
@@ -243,7 +247,8 @@ void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, co
     return;
   }
 
-  std::vector<std::size_t> items(entries.size());  // each item's last entry; of a leaf's items the entries themselves
+  std::vector<std::size_t> items(
+      entries.size());  // each item's last entry; of a leaf's items the entries themselves
   for (std::size_t i = 0; i < items.size(); ++i) items[i] = i;
   std::vector<std::uint32_t> children;
   for (bool leaves = true;; leaves = false) {
@@ -268,7 +273,8 @@ void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, co
   }
 }
 
-void WalkIndex(const Pager& pager, std::uint32_t definitionPage, const RealIndex& index, const IndexWalk& walk) {
+void WalkIndex(const Pager& pager, std::uint32_t definitionPage, const RealIndex& index,
+               const IndexWalk& walk) {
   Walker walker(pager, definitionPage, walk);
   walker.Visit(index.root, 0);
   walker.Finish();

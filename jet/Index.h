@@ -12,8 +12,8 @@
 
 namespace kestrelon::jet {
 
-// Appends the key of one column to `key`; false when the value has no key that we know: a text with characters beyond
-// code page 1252, or a column under another sort order than 1033 version 0.
+// Appends the key of one column to `key`; false when the value has no key that we know: a text with
+// characters beyond code page 1252, or a column under another sort order than 1033 version 0.
 bool AppendKey(const StoredColumn& column, const Value& value, bool ascending, std::string& key);
 // Whether the keys of this column are made as AppendKey() makes them.
 bool KnowsKeysOf(const StoredColumn& column);
@@ -47,19 +47,22 @@ inline constexpr std::size_t kRowPointer = 4;  // bytes of an entry that are not
 // An entry in bytes: a node must hold two at least, or a tree could grow for ever.
 inline constexpr std::size_t kLongestEntry = 1804;
 
-// Replaces the tree of an index by one over these entries, which must be sorted. The root keeps its page; the other pages
-// are new ones, so that until the root is written the old tree stays whole. Sets the counts in `index`.
+// Replaces the tree of an index by one over these entries, which must be sorted. The root keeps its page; the
+// other pages are new ones, so that until the root is written the old tree stays whole. Sets the counts in
+// `index`.
 void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, const IndexEntries& entries);
 // An empty leaf.
 void FormatEmptyIndex(std::uint8_t* page, std::uint32_t definitionPage);
 
-// What a walk over an index meets, for the check: every page of the tree, and a sentence for whatever is wrong.
+// What a walk over an index meets, for the check: every page of the tree, and a sentence for whatever is
+// wrong.
 struct IndexWalk {
   std::function<void(std::span<const std::uint8_t> key, RowId row)> entry;
-  std::function<void(std::uint32_t page)> page;        // may be empty
+  std::function<void(std::uint32_t page)> page;         // may be empty
   std::function<void(const std::string& fault)> fault;  // empty: the first fault throws CorruptFile
 };
 // Visits all entries in order. Ends by itself on any input.
-void WalkIndex(const Pager& pager, std::uint32_t definitionPage, const RealIndex& index, const IndexWalk& walk);
+void WalkIndex(const Pager& pager, std::uint32_t definitionPage, const RealIndex& index,
+               const IndexWalk& walk);
 
 }  // namespace kestrelon::jet

@@ -6,17 +6,19 @@
 #include "jet/Index.h"
 #include "jet/TextKey.h"
 
-// The key of one column of an index entry: a flag byte and the value. Ascending 7Fh + value, null 00h alone; descending
-// 80h + the value inverted, null FFh alone.
+// The key of one column of an index entry: a flag byte and the value. Ascending 7Fh + value, null 00h alone;
+// descending 80h + the value inverted, null FFh alone.
 //
 //   TYPE                    ASCENDING FORM
 //   byte                    the byte
 //   integer, long, currency big-endian, top bit flipped
 //   single, double, date    big-endian; top bit flipped if not negative, else all bits inverted
 //   boolean                 00 for true, FF for false; it has no null form
-//   binary, GUID            groups of 8 bytes, each followed by 09; the last one padded with 00 and followed by its length
+//   binary, GUID            groups of 8 bytes, each followed by 09; the last one padded with 00 and followed
+//   by its length
 //                           (descending: the 09 stays as it is); a GUID in the order in which it is shown
-//   numeric                 FF (00 if negative), then 16 bytes big-endian, inverted if negative; descending inverts
+//   numeric                 FF (00 if negative), then 16 bytes big-endian, inverted if negative; descending
+//   inverts
 //                           the 16 bytes once more but not the first
 //   text, memo              see TextKey.cpp; descending inverts all and adds 00
 
@@ -39,7 +41,8 @@ void AppendFloating(std::string& key, std::uint64_t bits, std::size_t size) {
 }
 
 void Invert(std::string& key, std::size_t from) {
-  for (std::size_t i = from; i < key.size(); ++i) key[i] = static_cast<char>(~static_cast<unsigned char>(key[i]));
+  for (std::size_t i = from; i < key.size(); ++i)
+    key[i] = static_cast<char>(~static_cast<unsigned char>(key[i]));
 }
 
 void AppendBinary(std::string& key, std::span<const std::uint8_t> bytes, bool ascending) {

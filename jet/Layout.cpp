@@ -130,19 +130,24 @@ void LayDownTable(Pager& pager, MapRows& maps, TableDef& def) {
 std::vector<NamedTableDef> EngineTables() {
   using enum ColumnType;
   static constexpr EngineColumn kObjects[] = {
-      {u"Id", kLong},           {u"ParentId", kLong},     {u"Name", kText},        {u"Type", kInteger},
-      {u"DateCreate", kDate},   {u"DateUpdate", kDate},   {u"Owner", kBinary, true}, {u"Flags", kLong},
-      {u"Database", kMemo},     {u"Connect", kMemo},      {u"ForeignName", kText}, {u"RmtInfoShort", kBinary},
-      {u"RmtInfoLong", kOle},   {u"Lv", kOle},            {u"LvProp", kOle},       {u"LvModule", kOle},
+      {u"Id", kLong},         {u"ParentId", kLong},   {u"Name", kText},          {u"Type", kInteger},
+      {u"DateCreate", kDate}, {u"DateUpdate", kDate}, {u"Owner", kBinary, true}, {u"Flags", kLong},
+      {u"Database", kMemo},   {u"Connect", kMemo},    {u"ForeignName", kText},   {u"RmtInfoShort", kBinary},
+      {u"RmtInfoLong", kOle}, {u"Lv", kOle},          {u"LvProp", kOle},         {u"LvModule", kOle},
       {u"LvExtra", kOle}};
   static constexpr EngineColumn kAces[] = {
       {u"ObjectId", kLong}, {u"SID", kBinary, true}, {u"ACM", kLong}, {u"FInheritable", kBoolean}};
   static constexpr EngineColumn kQueries[] = {
       {u"ObjectId", kLong}, {u"Attribute", kByte},  {u"Order", kBinary}, {u"Name1", kText},
       {u"Name2", kText},    {u"Expression", kMemo}, {u"Flag", kInteger}, {u"LvExtra", kLong}};
-  static constexpr EngineColumn kRelationships[] = {
-      {u"szRelationship", kText}, {u"grbit", kLong},    {u"ccolumn", kLong},           {u"icolumn", kLong},
-      {u"szObject", kText},       {u"szColumn", kText}, {u"szReferencedObject", kText}, {u"szReferencedColumn", kText}};
+  static constexpr EngineColumn kRelationships[] = {{u"szRelationship", kText},
+                                                    {u"grbit", kLong},
+                                                    {u"ccolumn", kLong},
+                                                    {u"icolumn", kLong},
+                                                    {u"szObject", kText},
+                                                    {u"szColumn", kText},
+                                                    {u"szReferencedObject", kText},
+                                                    {u"szReferencedColumn", kText}};
 
   constexpr std::uint8_t kUnique = RealIndex::kUnique, kIgnore = RealIndex::kIgnoreNulls;
   const EngineIndex objectIndexes[] = {{u"ParentIdName", {1, 2}, kUnique}, {u"Id", {0}, kUnique, true}};
@@ -155,8 +160,8 @@ std::vector<NamedTableDef> EngineTables() {
   tables.push_back(MakeEngineTable(u"MSysObjects", engine_table::kObjects, kObjects, objectIndexes));
   tables.push_back(MakeEngineTable(u"MSysACEs", engine_table::kAces, kAces, aceIndexes));
   tables.push_back(MakeEngineTable(u"MSysQueries", engine_table::kQueries, kQueries, queryIndexes));
-  tables.push_back(
-      MakeEngineTable(u"MSysRelationships", engine_table::kRelationships, kRelationships, relationshipIndexes));
+  tables.push_back(MakeEngineTable(u"MSysRelationships", engine_table::kRelationships, kRelationships,
+                                   relationshipIndexes));
   return tables;
 }
 

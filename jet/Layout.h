@@ -22,12 +22,12 @@ class MapRows {
   std::uint32_t page_ = 0;
 };
 
-// Gives the columns their places: fixed offsets and variable indexes in order of the column numbers, and the counts of
-// the definition. Numbers must be 0, 1, 2, ...
+// Gives the columns their places: fixed offsets and variable indexes in order of the column numbers, and the
+// counts of the definition. Numbers must be 0, 1, 2, ...
 void AssignPlaces(TableDef& def);
 
-// Makes an empty table of a definition whose page, columns and indexes are set: maps, an empty leaf for each index,
-// and the definition itself.
+// Makes an empty table of a definition whose page, columns and indexes are set: maps, an empty leaf for each
+// index, and the definition itself.
 void LayDownTable(Pager& pager, MapRows& maps, TableDef& def);
 
 // The definitions of the engine's own tables, in page order.

@@ -21,15 +21,18 @@ std::span<const std::uint8_t> PieceAt(const PageSet& pages, std::uint32_t pointe
 
 // Walks a chain; `each` gets the address and the bytes of every piece.
 template <class Each>
-void ForEachPiece(const Pager& pager, const PageSet& pages, std::span<const std::uint8_t> field, Each&& each) {
+void ForEachPiece(const Pager& pager, const PageSet& pages, std::span<const std::uint8_t> field,
+                  Each&& each) {
   const std::uint32_t length = Get32(field.data()) & kLengthBits;
   // No honest value is longer than the file; this bounds the walk of a chain that bites its tail.
-  if (length > std::uint64_t{pager.PageCount()} * kPageSize) ThrowCorrupt("a long value is longer than the file", 0);
+  if (length > std::uint64_t{pager.PageCount()} * kPageSize)
+    ThrowCorrupt("a long value is longer than the file", 0);
   std::uint32_t pointer = Get32(field.data() + 4);
   for (std::size_t done = 0; done < length;) {
     if (pointer == 0) ThrowCorrupt("a long value ends early", 0);
     const auto row = PieceAt(pages, pointer);
-    if (row.size() <= 4 || row.size() - 4 > length - done) ThrowCorrupt("a long value's piece is too long", pointer >> 8);
+    if (row.size() <= 4 || row.size() - 4 > length - done)
+      ThrowCorrupt("a long value's piece is too long", pointer >> 8);
     each(pointer, row.subspan(4));
     done += row.size() - 4;
     pointer = Get32(row.data());
@@ -52,8 +55,8 @@ bool Outside(std::span<const std::uint8_t> field) {
   return field.size() >= kReference && (Get32(field.data()) & kInlineBit) == 0;
 }
 
-std::span<const std::uint8_t> Read(const Pager& pager, const PageSet& pages, std::span<const std::uint8_t> field,
-                                   std::vector<std::uint8_t>& buffer) {
+std::span<const std::uint8_t> Read(const Pager& pager, const PageSet& pages,
+                                   std::span<const std::uint8_t> field, std::vector<std::uint8_t>& buffer) {
   if (field.empty()) return {};
   if (field.size() < kReference) ThrowCorrupt("a long value's reference is cut off", 0);
   const std::uint32_t head = Get32(field.data());
@@ -75,7 +78,10 @@ std::span<const std::uint8_t> Read(const Pager& pager, const PageSet& pages, std
 }
 
 void Write(Pager& pager, PageSet& pages, std::span<const std::uint8_t> stored, std::uint8_t* reference) {
-  if (stored.size() > kLengthBits) throw Error(code::kTooLong, u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting less data.");
+  if (stored.size() > kLengthBits)
+    throw Error(code::kTooLong,
+                u"The field is too small to accept the amount of data you attempted to add. Try inserting or "
+                u"pasting less data.");
   const auto length = static_cast<std::uint32_t>(stored.size());
   Put32(reference + 8, 0);
   if (stored.size() <= kMostInRow) {
@@ -99,7 +105,8 @@ void Write(Pager& pager, PageSet& pages, std::span<const std::uint8_t> stored, s
   }
 }
 
-std::vector<std::uint32_t> Pieces(const Pager& pager, const PageSet& pages, std::span<const std::uint8_t> field) {
+std::vector<std::uint32_t> Pieces(const Pager& pager, const PageSet& pages,
+                                  std::span<const std::uint8_t> field) {
   std::vector<std::uint32_t> pieces;
   if (field.empty()) return pieces;
   if (field.size() < kReference) ThrowCorrupt("a long value's reference is cut off", 0);
@@ -111,11 +118,13 @@ std::vector<std::uint32_t> Pieces(const Pager& pager, const PageSet& pages, std:
     pieces.push_back(pointer);
     return pieces;
   }
-  ForEachPiece(pager, pages, field,
-               [&pieces](std::uint32_t pointer, std::span<const std::uint8_t>) { pieces.push_back(pointer); });
+  ForEachPiece(pager, pages, field, [&pieces](std::uint32_t pointer, std::span<const std::uint8_t>) {
+    pieces.push_back(pointer);
+  });
   std::vector<std::uint32_t> sorted = pieces;
   std::sort(sorted.begin(), sorted.end());
-  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) ThrowCorrupt("a long value repeats itself", 0);
+  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end())
+    ThrowCorrupt("a long value repeats itself", 0);
   return pieces;
 }
 

@@ -5,11 +5,11 @@
 //   inline map                             reference map
 //   OFFSET  SIZE  MEANING                  OFFSET  SIZE  MEANING
 //   0       1     0                        0       1     1
-//   1       4     first page f             1       68    17 page numbers or 0: entry k leads to the bits of the pages
-//   5       n     bit b: page f + b                      k * 32736 and up
+//   1       4     first page f             1       68    17 page numbers or 0: entry k leads to the bits of
+//   the pages 5       n     bit b: page f + b                      k * 32736 and up
 //
-// Page of bits: 05 01 00 00, then 4092 bytes, lowest bit first. Rows are 69 bytes long as we write them; other programs
-// also write longer ones.
+// Page of bits: 05 01 00 00, then 4092 bytes, lowest bit first. Rows are 69 bytes long as we write them;
+// other programs also write longer ones.
 
 #include <cstdint>
 #include <span>
@@ -19,10 +19,10 @@
 namespace kestrelon::jet::map_row {
 
 inline constexpr std::uint8_t kInline = 0, kReferences = 1;
-inline constexpr std::size_t kBits = 5;        // offset of an inline map's bits
-inline constexpr std::size_t kEntries = 17;    // of a reference map
+inline constexpr std::size_t kBits = 5;      // offset of an inline map's bits
+inline constexpr std::size_t kEntries = 17;  // of a reference map
 inline constexpr std::size_t kBytes = 1 + 4 * kEntries;
-inline constexpr std::size_t kPageBits = 4;    // offset of the bits on a page of bits
+inline constexpr std::size_t kPageBits = 4;  // offset of the bits on a page of bits
 inline constexpr std::uint32_t kPagesPerBitPage = 8 * (kPageSize - kPageBits);
 
 struct Place {
@@ -34,11 +34,15 @@ struct Place {
 // Finds the row page << 8 | slot. Throws CorruptFile when it is no usage map.
 Place Find(const Pager& pager, std::uint32_t pointer);
 
-inline std::uint8_t Type(const Pager& pager, const Place& place) { return pager.Read(place.page)[place.offset]; }
+inline std::uint8_t Type(const Pager& pager, const Place& place) {
+  return pager.Read(place.page)[place.offset];
+}
 inline std::uint32_t First(const Pager& pager, const Place& place) {
   return Get32(pager.Read(place.page) + place.offset + 1);
 }
-inline std::uint32_t InlineBits(const Place& place) { return static_cast<std::uint32_t>(8 * (place.size - kBits)); }
+inline std::uint32_t InlineBits(const Place& place) {
+  return static_cast<std::uint32_t>(8 * (place.size - kBits));
+}
 // Entry k of a reference map; checks that a page named there is a page of bits.
 std::uint32_t Entry(const Pager& pager, const Place& place, std::size_t k);
 

@@ -6,7 +6,8 @@
 
 namespace kestrelon::jet {
 
-PageSet::PageSet(Pager& pager, std::uint32_t ownedMap, std::uint32_t freeMap, std::uint32_t owner, bool ascending)
+PageSet::PageSet(Pager& pager, std::uint32_t ownedMap, std::uint32_t freeMap, std::uint32_t owner,
+                 bool ascending)
     : pager_(&pager), ownedMap_(ownedMap), freeMap_(freeMap), owner_(owner), ascending_(ascending) {}
 
 void PageSet::Load() const {
@@ -27,7 +28,8 @@ void PageSet::Load() const {
 void PageSet::DropRemoved() const {
   if (removed_.empty()) return;
   std::sort(removed_.begin(), removed_.end());
-  std::erase_if(pages_, [&](std::uint32_t page) { return std::binary_search(removed_.begin(), removed_.end(), page); });
+  std::erase_if(
+      pages_, [&](std::uint32_t page) { return std::binary_search(removed_.begin(), removed_.end(), page); });
   removed_.clear();
 }
 

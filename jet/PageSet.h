@@ -9,8 +9,8 @@
 
 namespace kestrelon::jet {
 
-// The data pages of one owner: the rows of a table, or the long values of one column. Mirrors the owner's two usage
-// maps, "owned" and "has room", which are kept in step.
+// The data pages of one owner: the rows of a table, or the long values of one column. Mirrors the owner's two
+// usage maps, "owned" and "has room", which are kept in step.
 class PageSet {
  public:
   // owner     what the pages carry at offset 4: the table's definition page, or kLongValueOwner.

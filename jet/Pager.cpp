@@ -16,7 +16,8 @@ enum WriteOrder : int { kUnused, kGlobal, kBits, kOwnerMaps, kInUse, kDefinition
 }  // namespace
 
 Pager::Pager(std::unique_ptr<File> file) : file_(std::move(file)) {
-  // A last page that was written only in part is nobody's yet: new pages are written before anything names them.
+  // A last page that was written only in part is nobody's yet: new pages are written before anything names
+  // them.
   const std::uint64_t pages = file_->Size() / kPageSize;
   if (pages < 2) throw CorruptFile(u"Unrecognized database format: the file is too short.");
   if (pages > kMostPages) throw CorruptFile(u"Unrecognized database format: the file is longer than 2 GB.");
@@ -81,7 +82,8 @@ void Pager::SetFreeBit(std::uint32_t page, bool free) {
 }
 
 std::uint32_t Pager::Append() {
-  if (pageCount_ >= kMostPages) throw Error(code::kGeneric, u"The database has reached its largest size of 2 GB.");
+  if (pageCount_ >= kMostPages)
+    throw Error(code::kGeneric, u"The database has reached its largest size of 2 GB.");
   const std::uint32_t page = pageCount_;
   if (page / kSlabPages >= slabs_.size()) {
     slabs_.push_back(std::make_unique<std::uint8_t[]>(kSlabPages * kPageSize));
@@ -120,7 +122,8 @@ std::uint32_t Pager::Allocate(std::uint32_t above) {
 std::uint32_t Pager::AppendMapPage() { return Append(); }
 
 void Pager::Free(std::uint32_t page) {
-  if (page <= kGlobalMapPage || page >= pageCount_) ThrowCorrupt("a page that cannot be free is given back", page);
+  if (page <= kGlobalMapPage || page >= pageCount_)
+    ThrowCorrupt("a page that cannot be free is given back", page);
   State& state = states_[page];
   if ((state.flags & kFreed) != 0 || FreeBit(page)) ThrowCorrupt("a page is given back twice", page);
   if ((state.flags & kNew) != 0) {
@@ -165,7 +168,8 @@ void Pager::Commit() {
 
 void Pager::Rollback() {
   inTransaction_ = false;
-  for (std::size_t i = freeBitChanges_.size(); i-- > 0;) SetFreeBit(freeBitChanges_[i].first, freeBitChanges_[i].second);
+  for (std::size_t i = freeBitChanges_.size(); i-- > 0;)
+    SetFreeBit(freeBitChanges_[i].first, freeBitChanges_[i].second);
   for (std::size_t i = freedAtBegin_; i < freedRecently_.size(); ++i) {
     State& state = states_[freedRecently_[i]];
     state.flags = static_cast<std::uint8_t>(state.flags & ~kFreed);
@@ -257,7 +261,8 @@ void Pager::ReleaseClean() {
     const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
     const std::uint32_t last = std::min(first + kSlabPages, pageCount_);
     bool clean = true;
-    for (std::uint32_t page = first; page < last; ++page) clean = clean && (states_[page].flags & kDirty) == 0;
+    for (std::uint32_t page = first; page < last; ++page)
+      clean = clean && (states_[page].flags & kDirty) == 0;
     if (!clean) continue;
     slabs_[slab].reset();
     for (std::uint32_t page = first; page < last; ++page) {

@@ -13,21 +13,21 @@ namespace kestrelon::jet {
 
 // What the first byte of a page says.
 namespace page_type {
-inline constexpr std::uint8_t kHeader = 0x00, kData = 0x01, kDefinition = 0x02, kIndexNode = 0x03, kIndexLeaf = 0x04,
-                              kMapBits = 0x05;
+inline constexpr std::uint8_t kHeader = 0x00, kData = 0x01, kDefinition = 0x02, kIndexNode = 0x03,
+                              kIndexLeaf = 0x04, kMapBits = 0x05;
 }
 
 // The pages of one file, kept in memory once read, and which of them are free.
 //
-// Pages given back since the last Flush() are not handed out again before the next one: until then the file on disk
-// still refers to them, and a write that stops half-way must find them as they were.
+// Pages given back since the last Flush() are not handed out again before the next one: until then the file
+// on disk still refers to them, and a write that stops half-way must find them as they were.
 class Pager {
  public:
   static constexpr std::uint32_t kGlobalMapPage = 1;
   static constexpr std::uint32_t kMostPages = 1u << 19;  // 2 GiB, the format's limit
 
-  // An existing file; the pages are read when they are first asked for. LoadFreePages() must follow before the first
-  // allocation.
+  // An existing file; the pages are read when they are first asked for. LoadFreePages() must follow before
+  // the first allocation.
   explicit Pager(std::unique_ptr<File> file);
   // A new image: page 0 zeroed, page 1 with an empty global map, both dirty. Written by WriteAll().
   Pager();
@@ -50,7 +50,8 @@ class Pager {
 
   // A free page, zeroed: the lowest one above `above`, else a new one at the end of the file.
   std::uint32_t Allocate(std::uint32_t above = 0);
-  // Gives a page back; it can be allocated again after the next Flush(), or at once when it was new since the last.
+  // Gives a page back; it can be allocated again after the next Flush(), or at once when it was new since the
+  // last.
   void Free(std::uint32_t page);
   // A page at the end of the file for the global map itself, which is in no map.
   std::uint32_t AppendMapPage();
@@ -59,12 +60,13 @@ class Pager {
   // Reads the global map.
   void LoadFreePages();
 
-  // One bit per page for the layer above: "this page's structure has been checked since it was read". Lost when the
-  // page is reused or rolled back.
+  // One bit per page for the layer above: "this page's structure has been checked since it was read". Lost
+  // when the page is reused or rolled back.
   bool Checked(std::uint32_t page) const { return (states_[page].flags & kChecked) != 0; }
   void SetChecked(std::uint32_t page) const { states_[page].flags |= kChecked; }
-  // A number per page for the layer above: the set of pages (told by its owned map, which is never 0) that has the page
-  // in its list of pages with room. Lost like the bit; a page that changed hands is in no list of its old owner.
+  // A number per page for the layer above: the set of pages (told by its owned map, which is never 0) that
+  // has the page in its list of pages with room. Lost like the bit; a page that changed hands is in no list
+  // of its old owner.
   bool Open(std::uint32_t page, std::uint32_t set) const { return states_[page].openFor == set; }
   void SetOpen(std::uint32_t page, std::uint32_t set) { states_[page].openFor = set; }
   void SetFull(std::uint32_t page) { states_[page].openFor = 0; }
@@ -76,15 +78,16 @@ class Pager {
   bool InTransaction() const { return inTransaction_; }
 
   bool Dirty() const { return dirtyCount_ != 0; }
-  // Writes the dirty pages to the file, in this order, so that a stop at any point leaves a file that refers only to
-  // pages that are there: pages that the file on disk does not use yet; the global map; map pages and rows of the owners;
-  // pages in use (rows, long values, index roots); table definitions; the header. Freed pages are not written at all.
+  // Writes the dirty pages to the file, in this order, so that a stop at any point leaves a file that refers
+  // only to pages that are there: pages that the file on disk does not use yet; the global map; map pages and
+  // rows of the owners; pages in use (rows, long values, index roots); table definitions; the header. Freed
+  // pages are not written at all.
   void Flush();
   // Writes the whole image to an empty file, front to back.
   void WriteAll(File& file) const;
 
-  // Lets go of the memory of pages that the file holds unchanged; they are read again when needed. No pointer that
-  // Read() gave may be in use.
+  // Lets go of the memory of pages that the file holds unchanged; they are read again when needed. No pointer
+  // that Read() gave may be in use.
   void ReleaseClean();
 
   std::unique_ptr<File> DetachFile() { return std::move(file_); }
@@ -124,7 +127,7 @@ class Pager {
   std::vector<std::uint32_t> dirty_;  // may name a page twice or one that is clean again
   std::size_t dirtyCount_ = 0;
 
-  std::vector<std::uint64_t> free_;          // pages that may be handed out now
+  std::vector<std::uint64_t> free_;           // pages that may be handed out now
   std::vector<std::uint32_t> freedRecently_;  // free, but still in use by the file on disk
 
   std::uint32_t epoch_ = 1;

@@ -29,9 +29,10 @@ constexpr std::size_t kNumericBytes = 17, kGuidBytes = 16;
   throw Error(code::kTypeMismatch, u"Data type mismatch in criteria expression.");
 }
 [[noreturn]] void ThrowTooLong() {
-  throw Error(code::kTooLong,
-              u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting "
-              u"less data.");
+  throw Error(
+      code::kTooLong,
+      u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting "
+      u"less data.");
 }
 
 template <class T>
@@ -41,7 +42,8 @@ const T& As(const Value& value) {
   return *typed;
 }
 
-std::size_t PutInteger(const Value& value, std::int32_t least, std::int32_t most, std::size_t size, std::uint8_t* out) {
+std::size_t PutInteger(const Value& value, std::int32_t least, std::int32_t most, std::size_t size,
+                       std::uint8_t* out) {
   const std::int32_t number = As<std::int32_t>(value);
   if (number < least || number > most) ThrowMismatch();
   std::uint8_t bytes[4];
@@ -63,8 +65,8 @@ std::size_t PutScalar(const StoredColumn& column, const Value& value, std::uint8
     case ColumnType::kByte: return PutInteger(value, 0, 255, 1, out);
     case ColumnType::kInteger: return PutInteger(value, -32768, 32767, 2, out);
     case ColumnType::kLong:
-      return PutInteger(value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max(), 4,
-                        out);
+      return PutInteger(value, std::numeric_limits<std::int32_t>::min(),
+                        std::numeric_limits<std::int32_t>::max(), 4, out);
     case ColumnType::kCurrency: Put64(out, static_cast<std::uint64_t>(As<std::int64_t>(value))); return 8;
     case ColumnType::kSingle:
       Put32(out, std::bit_cast<std::uint32_t>(static_cast<float>(As<double>(value))));
@@ -167,7 +169,8 @@ bool RowEncoder::TryEncode(std::span<const Field> fields, std::size_t mostInline
     if (column.Is(ColumnType::kBoolean) && bit && fields[position].value != nullptr) {
       bit = As<bool>(*fields[position].value);
     }
-    if (bit) mask[column.number / 8] = static_cast<std::uint8_t>(mask[column.number / 8] | 1u << column.number % 8);
+    if (bit)
+      mask[column.number / 8] = static_cast<std::uint8_t>(mask[column.number / 8] | 1u << column.number % 8);
   }
   for (const std::size_t position : fixed_) {
     if (isNull(position)) continue;
@@ -287,7 +290,8 @@ std::size_t RowEncoder::EncodeLongValue(std::size_t position, const Field& field
   return long_value::kReference + stored.size();
 }
 
-void DecodeField(const StoredColumn& column, std::span<const std::uint8_t> bytes, Value& value, std::uint32_t page) {
+void DecodeField(const StoredColumn& column, std::span<const std::uint8_t> bytes, Value& value,
+                 std::uint32_t page) {
   const auto need = [&](std::size_t size) {
     if (bytes.size() < size) ThrowCorrupt("a value is cut off", page);
     return bytes.data();

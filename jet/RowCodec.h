@@ -14,12 +14,13 @@ namespace kestrelon::jet {
 // A row longer than this is refused; what its memos hold outside the row is not counted.
 inline constexpr std::size_t kMostRowBytes = 4060;
 
-// The parts of a row as it stands on a page. Reads nothing until asked; the fields are checked when they are asked for.
+// The parts of a row as it stands on a page. Reads nothing until asked; the fields are checked when they are
+// asked for.
 class RowView {
  public:
   RowView() = default;
-  // `variable` says whether the table has variable columns, now or ever. Throws CorruptFile when the row is too short
-  // for its own counts.
+  // `variable` says whether the table has variable columns, now or ever. Throws CorruptFile when the row is
+  // too short for its own counts.
   RowView(const std::uint8_t* row, std::size_t size, bool variable, std::uint32_t page);
 
   // The mask bit: "not null"; for a boolean column the value itself.
@@ -41,14 +42,15 @@ class RowView {
 
   const std::uint8_t* row_ = nullptr;
   const std::uint8_t* mask_ = nullptr;
-  const std::uint8_t* starts_ = nullptr;  // just past the offset of variable column 0; the others lie before it
+  const std::uint8_t* starts_ =
+      nullptr;  // just past the offset of variable column 0; the others lie before it
   std::size_t size_ = 0, columns_ = 0, variables_ = 0, dataEnd_ = 0;
   std::uint32_t page_ = 0;
 };
 
 // What is to stand in one column of a row that is being built.
 struct Field {
-  const Value* value = nullptr;       // if not null; else `raw` and `present`, taken from the old row
+  const Value* value = nullptr;  // if not null; else `raw` and `present`, taken from the old row
   std::span<const std::uint8_t> raw;
   bool present = false;
 };
@@ -79,17 +81,20 @@ class RowEncoder {
 
  private:
   bool TryEncode(std::span<const Field> fields, std::size_t mostInline, EncodedRow& out) const;
-  std::size_t EncodeLongValue(std::size_t position, const Field& field, std::size_t mostInline, std::size_t at,
-                              EncodedRow& out) const;
+  std::size_t EncodeLongValue(std::size_t position, const Field& field, std::size_t mostInline,
+                              std::size_t at, EncodedRow& out) const;
 
   const std::vector<StoredColumn>* columns_;
   std::uint16_t maxColumns_;
   std::size_t fixedBytes_ = 0;
-  std::vector<std::size_t> fixed_;                    // positions of the fixed columns
-  std::vector<std::optional<std::size_t>> variable_;  // by variable index; nothing where the column was dropped
+  std::vector<std::size_t> fixed_;  // positions of the fixed columns
+  std::vector<std::optional<std::size_t>>
+      variable_;  // by variable index; nothing where the column was dropped
 };
 
-// The value of a field whose bytes are at hand; long values as their stored bytes. Reuses the memory of `value`.
-void DecodeField(const StoredColumn& column, std::span<const std::uint8_t> bytes, Value& value, std::uint32_t page);
+// The value of a field whose bytes are at hand; long values as their stored bytes. Reuses the memory of
+// `value`.
+void DecodeField(const StoredColumn& column, std::span<const std::uint8_t> bytes, Value& value,
+                 std::uint32_t page);
 
 }  // namespace kestrelon::jet

@@ -75,7 +75,8 @@ RowId TableImpl::Insert(std::span<const Value> values) {
   if (values.size() != table_.columns.size()) {
     throw Error(code::kGeneric, u"Number of query values and destination fields are not the same.");
   }
-  for (std::size_t position = 0; position < values.size(); ++position) fields_[position].value = &values[position];
+  for (std::size_t position = 0; position < values.size(); ++position)
+    fields_[position].value = &values[position];
   Value number;
   std::int32_t counter = LastAutoNumber();
   if (autoNumber_) {
@@ -114,7 +115,8 @@ void TableImpl::Update(RowId row, std::span<const std::pair<std::size_t, Value>>
   for (const auto& [position, value] : changes) changed.at(position) = &value;
 
   bool keysTouched = false;
-  std::vector<std::pair<std::size_t, std::vector<std::uint32_t>>> freed;  // column, pieces of its old long value
+  std::vector<std::pair<std::size_t, std::vector<std::uint32_t>>>
+      freed;  // column, pieces of its old long value
   for (std::size_t position = 0; position < changed.size(); ++position) {
     const StoredColumn& column = table_.stored[position];
     Field& field = fields_[position];
@@ -132,7 +134,8 @@ void TableImpl::Update(RowId row, std::span<const std::pair<std::size_t, Value>>
   }
   std::int32_t counter = LastAutoNumber();
   if (autoNumber_ && changed[*autoNumber_] != nullptr) {
-    if (const auto* given = std::get_if<std::int32_t>(changed[*autoNumber_])) counter = std::max(counter, *given);
+    if (const auto* given = std::get_if<std::int32_t>(changed[*autoNumber_]))
+      counter = std::max(counter, *given);
   }
   encoder_.Encode(fields_, row_);
 
@@ -160,7 +163,8 @@ void TableImpl::Update(RowId row, std::span<const std::pair<std::size_t, Value>>
   atomic.Done();
 }
 
-// Puts a row's new bytes where the old ones were if there is room, else on another page with a pointer at home.
+// Puts a row's new bytes where the old ones were if there is room, else on another page with a pointer at
+// home.
 void TableImpl::Place(const RowPlace& place, const EncodedRow& row) {
   constexpr std::size_t kPointer = 4;
   const auto fits = [this](std::uint32_t page, std::size_t slot, std::size_t size) {

@@ -15,8 +15,20 @@
 namespace kestrelon::jet {
 
 enum class ColumnType : std::uint8_t {
-  kBoolean = 1, kByte = 2, kInteger = 3, kLong = 4, kCurrency = 5, kSingle = 6, kDouble = 7, kDate = 8,
-  kBinary = 9, kText = 10, kOle = 11, kMemo = 12, kGuid = 15, kNumeric = 16,
+  kBoolean = 1,
+  kByte = 2,
+  kInteger = 3,
+  kLong = 4,
+  kCurrency = 5,
+  kSingle = 6,
+  kDouble = 7,
+  kDate = 8,
+  kBinary = 9,
+  kText = 10,
+  kOle = 11,
+  kMemo = 12,
+  kGuid = 15,
+  kNumeric = 16,
 };
 
 struct Column {
@@ -32,8 +44,8 @@ enum class RowId : std::uint32_t {};  // page << 8 | slot
 
 struct TableInternal;
 
-// Reads the rows of a table one after the other in physical order, or one row by its address. Decodes only the columns
-// that are asked for. Valid until the table is changed.
+// Reads the rows of a table one after the other in physical order, or one row by its address. Decodes only
+// the columns that are asked for. Valid until the table is changed.
 class Cursor {
  public:
   explicit Cursor(const TableInternal& table);
@@ -42,7 +54,8 @@ class Cursor {
   // Stands on one row; throws CorruptFile when the address names no live row.
   void MoveTo(RowId row);
   RowId Row() const;
-  // The column's value (`column` is the position in Table::Columns()). Reuses the memory of `value` where it can.
+  // The column's value (`column` is the position in Table::Columns()). Reuses the memory of `value` where it
+  // can.
   void Read(std::size_t column, Value& value) const;
   // The same for text and memo columns: false and an empty text for NULL.
   bool ReadText(std::size_t column, std::u16string& text) const;
@@ -56,8 +69,8 @@ class Cursor {
   std::size_t size_ = 0;
 };
 
-// One local table of an open database. Owned by Database; the reference stays valid until the Database is destroyed,
-// or until a statement is rolled back (ask Database::OpenTable again then).
+// One local table of an open database. Owned by Database; the reference stays valid until the Database is
+// destroyed, or until a statement is rolled back (ask Database::OpenTable again then).
 class Table {
  public:
   virtual ~Table() = default;
@@ -70,9 +83,10 @@ class Table {
   // Every row's address in physical order, which for a table only appended to is the order of insertion.
   virtual Cursor Rows() const = 0;
 
-  // Adds a row: one value per column, already of the column's type (see Value.h). NULL in the autonumber column draws
-  // the next number, a given number raises the counter. Throws code::kTooLong for a text longer than its column, kGeneric for a duplicate key
-  // of a unique index and for a key that an index of the file cannot hold; nothing is changed then.
+  // Adds a row: one value per column, already of the column's type (see Value.h). NULL in the autonumber
+  // column draws the next number, a given number raises the counter. Throws code::kTooLong for a text longer
+  // than its column, kGeneric for a duplicate key of a unique index and for a key that an index of the file
+  // cannot hold; nothing is changed then.
   virtual RowId Insert(std::span<const Value> values) = 0;
   // Replaces some columns of a row (position, new value). The row keeps its address.
   virtual void Update(RowId row, std::span<const std::pair<std::size_t, Value>> changes) = 0;

@@ -4,7 +4,8 @@
 #include <cstring>
 #include <span>
 
-// A table definition is one stream over a chain of pages: the first page whole, then each next page from its byte 8.
+// A table definition is one stream over a chain of pages: the first page whole, then each next page from its
+// byte 8.
 //
 //   OFFSET  SIZE      MEANING
 //   0       2         02 01
@@ -33,11 +34,13 @@
 //           10 each   memo and OLE columns: u16 column number, owned map, map of pages with room
 //           2         FF FF
 //
-// Column:         0 type; 1 u32 1625; 5 u16 number; 7 u16 variable index; 9 u16 display position; 11 u16 sort order;
+// Column:         0 type; 1 u32 1625; 5 u16 number; 7 u16 variable index; 9 u16 display position; 11 u16 sort
+// order;
 //                 13 u16 its version; 15 flags; 16 more flags; 17 u32 0; 21 u16 fixed offset; 23 u16 length
 // Real index:     0 u32 1923; 4 ten times u16 column number or FFFFh, u8 ascending; 34 u32 map; 38 u32 root;
 //                 42 u32 unused; 46 flags; 47 unused
-// Logical index:  0 u32 1625; 4 u32 number; 8 u32 real index; 12 u8 role of the other table; 13 u32 its index or
+// Logical index:  0 u32 1625; 4 u32 number; 8 u32 real index; 12 u8 role of the other table; 13 u32 its index
+// or
 //                 FFFFFFFFh; 17 u32 its definition page; 21, 22 cascades; 23 kind; 24 u32 0
 
 namespace kestrelon::jet {
@@ -48,7 +51,7 @@ constexpr std::size_t kChainHeader = 8, kFixedPart = 63;
 constexpr std::size_t kCountBlock = 12, kColumnBlock = 25, kIndexBlock = 52, kLogicalBlock = 28;
 constexpr std::size_t kKeySlots = 10;
 constexpr std::size_t kMostColumns = 255;
-constexpr std::size_t kMostIndexes = 1000;  // far beyond the 32 that Access allows
+constexpr std::size_t kMostIndexes = 1000;   // far beyond the 32 that Access allows
 constexpr std::size_t kMostBytes = 1 << 20;  // of a definition; 255 columns and 32 indexes need 60 KB
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 
@@ -92,11 +95,13 @@ class Writer {
   std::vector<std::uint8_t> bytes;
 };
 
-std::vector<std::uint8_t> ReadStream(const Pager& pager, std::uint32_t first, std::vector<std::uint32_t>& pages) {
+std::vector<std::uint8_t> ReadStream(const Pager& pager, std::uint32_t first,
+                                     std::vector<std::uint32_t>& pages) {
   std::vector<std::uint8_t> stream;
   for (std::uint32_t page = first; page != 0;) {
     const std::uint8_t* bytes = pager.Read(page);
-    if (bytes[0] != page_type::kDefinition || bytes[1] != 0x01) ThrowCorrupt("a table definition is expected", page);
+    if (bytes[0] != page_type::kDefinition || bytes[1] != 0x01)
+      ThrowCorrupt("a table definition is expected", page);
     const std::size_t skipped = pages.empty() ? 0 : kChainHeader;
     stream.insert(stream.end(), bytes + skipped, bytes + kPageSize);
     pages.push_back(page);
@@ -234,8 +239,10 @@ void PutInStream(Pager& pager, const TableDef& def, std::size_t offset, std::uin
   std::uint8_t bytes[4];
   Put32(bytes, value);
   for (const std::uint8_t byte : bytes) {
-    const std::size_t inChain = offset < kPageSize ? 0 : 1 + (offset - kPageSize) / (kPageSize - kChainHeader);
-    const std::size_t at = inChain == 0 ? offset : kChainHeader + (offset - kPageSize) % (kPageSize - kChainHeader);
+    const std::size_t inChain =
+        offset < kPageSize ? 0 : 1 + (offset - kPageSize) / (kPageSize - kChainHeader);
+    const std::size_t at =
+        inChain == 0 ? offset : kChainHeader + (offset - kPageSize) % (kPageSize - kChainHeader);
     if (inChain >= def.pages.size()) ThrowCorrupt("a table definition is cut off", def.page);
     if (pager.Read(def.pages[inChain])[at] != byte) pager.Write(def.pages[inChain])[at] = byte;
     ++offset;
@@ -265,7 +272,8 @@ TableDef ReadTableDef(const Pager& pager, std::uint32_t page) {
   def.freeMap = Get32(head + 59);
   const std::size_t columns = Get16(head + 45);
   const std::uint32_t logical = Get32(head + 47), real = Get32(head + 51);
-  if (def.kind != TableDef::kUser && def.kind != TableDef::kSystem) ThrowCorrupt("a table is of no known kind", page);
+  if (def.kind != TableDef::kUser && def.kind != TableDef::kSystem)
+    ThrowCorrupt("a table is of no known kind", page);
   if (columns > kMostColumns || def.maxColumns > kMostColumns || def.variableColumns > kMostColumns) {
     ThrowCorrupt("a table has too many columns", page);
   }

@@ -13,7 +13,8 @@ namespace kestrelon::jet {
 
 // A column as the definition describes it.
 struct StoredColumn {
-  static constexpr std::uint8_t kFixed = 0x01, kAlways = 0x02, kAutoNumber = 0x04, kSystem = 0x10, kMasked = 0x20;
+  static constexpr std::uint8_t kFixed = 0x01, kAlways = 0x02, kAutoNumber = 0x04, kSystem = 0x10,
+                                kMasked = 0x20;
   static constexpr std::uint8_t kCompressed = 0x01;
 
   std::u16string name;
@@ -94,7 +95,8 @@ struct TableDef {
 TableDef ReadTableDef(const Pager& pager, std::uint32_t page);
 // Writes the definition over `def.pages`; further pages are allocated as needed and added.
 void WriteTableDef(Pager& pager, TableDef& def);
-// Writes only what changes with the rows: row count, autonumber, and root, entries and distinct keys of each index.
+// Writes only what changes with the rows: row count, autonumber, and root, entries and distinct keys of each
+// index.
 void WriteTableCounts(Pager& pager, const TableDef& def);
 
 }  // namespace kestrelon::jet

@@ -9,22 +9,26 @@ namespace kestrelon::jet {
 namespace {
 
 [[noreturn]] void ThrowDuplicate() {
-  throw Error(code::kGeneric,
-              u"The changes you requested to the table were not successful because they would create duplicate values "
-              u"in the index, primary key, or relationship. Change the data in the field or fields that contain "
-              u"duplicate data, remove the index, or redefine the index to permit duplicate entries and try again.");
+  throw Error(
+      code::kGeneric,
+      u"The changes you requested to the table were not successful because they would create duplicate "
+      u"values "
+      u"in the index, primary key, or relationship. Change the data in the field or fields that contain "
+      u"duplicate data, remove the index, or redefine the index to permit duplicate entries and try again.");
 }
 [[noreturn]] void ThrowNullKey() {
   throw Error(code::kGeneric, u"Index or primary key cannot contain a Null value.");
 }
 [[noreturn]] void ThrowNoKey(const std::u16string& table) {
-  throw Error(code::kGeneric, u"The table '" + table +
-                                  u"' has an index that cannot hold this text: it knows the characters of Western "
-                                  u"European languages only. Nothing was changed.");
+  throw Error(code::kGeneric,
+              u"The table '" + table +
+                  u"' has an index that cannot hold this text: it knows the characters of Western "
+                  u"European languages only. Nothing was changed.");
 }
 [[noreturn]] void ThrowUnknownOrder(const std::u16string& table) {
   throw Error(code::kGeneric,
-              u"The table '" + table + u"' has an index in a sort order that cannot be kept right, so it is read-only.");
+              u"The table '" + table +
+                  u"' has an index in a sort order that cannot be kept right, so it is read-only.");
 }
 
 bool IsInteger(const StoredColumn& column) {
@@ -60,7 +64,8 @@ void TableIndexes::CheckPages(const RealIndex& index) const {
   for (const std::uint32_t page : UsageMap(*table_->pager, index.map).Pages()) {
     const std::uint8_t* bytes = table_->pager->Read(page);
     const bool isIndex = bytes[0] == page_type::kIndexLeaf || bytes[0] == page_type::kIndexNode;
-    if (!isIndex || Get32(bytes + 4) != table_->def.page) ThrowCorrupt("an index owns a page of something else", page);
+    if (!isIndex || Get32(bytes + 4) != table_->def.page)
+      ThrowCorrupt("an index owns a page of something else", page);
     hasRoot = hasRoot || page == index.root;
   }
   if (!hasRoot) ThrowCorrupt("an index has lost its root", index.root);
@@ -84,7 +89,8 @@ void TableIndexes::Prepare() {
       Value value;
       for (Cursor cursor(*table_); cursor.Next();) {
         cursor.Read(keys.columns.front(), value);
-        if (const auto* number = std::get_if<std::int32_t>(&value)) keys.highest = std::max<std::int64_t>(keys.highest, *number);
+        if (const auto* number = std::get_if<std::int32_t>(&value))
+          keys.highest = std::max<std::int64_t>(keys.highest, *number);
       }
     } else if (text || index.Unique()) {
       Learn(keys_.size() - 1);
@@ -129,7 +135,8 @@ void TableIndexes::Check(const ValueOf& after, const ValueOf* before) {
     const RealIndex& definition = table_->def.indexes[index];
     bool anyNull = false, allNull = false;
     if (!KeyOf(index, after, keys.added, anyNull, allNull)) ThrowNoKey(table_->name);
-    if (keys.added.size() + kRowPointer > kLongestEntry) throw Error(code::kGeneric, u"An index key is too long.");
+    if (keys.added.size() + kRowPointer > kLongestEntry)
+      throw Error(code::kGeneric, u"An index key is too long.");
     keys.removed.clear();
     bool ignored = false;
     if (before != nullptr && !KeyOf(index, *before, keys.removed, ignored, ignored)) ThrowNoKey(table_->name);
@@ -168,7 +175,8 @@ void TableIndexes::Remove(const ValueOf& before) {
     stale_ = true;
     if (!keys_[index].known) continue;
     bool ignored = false;
-    if (KeyOf(index, before, keys_[index].removed, ignored, ignored)) keys_[index].used.erase(keys_[index].removed);
+    if (KeyOf(index, before, keys_[index].removed, ignored, ignored))
+      keys_[index].used.erase(keys_[index].removed);
   }
 }
 

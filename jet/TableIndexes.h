@@ -12,9 +12,9 @@
 
 namespace kestrelon::jet {
 
-// Keeps the indexes of one table right while rows change. A statement is checked against sets in memory at once; the
-// trees on disk become stale and are built anew before the file is written. The sets are built from the rows when they are
-// first needed.
+// Keeps the indexes of one table right while rows change. A statement is checked against sets in memory at
+// once; the trees on disk become stale and are built anew before the file is written. The sets are built from
+// the rows when they are first needed.
 class TableIndexes {
  public:
   explicit TableIndexes(TableInternal& table) : table_(&table) {}
@@ -25,8 +25,9 @@ class TableIndexes {
   bool None() const { return table_->def.indexes.empty(); }
   // Whether an index uses the column at this position.
   bool Uses(std::size_t position) const;
-  // Throws unless all indexes can be kept right and bear this row: kGeneric for a duplicate or missing key, a text without
-  // a key, an index of an order that we do not know. `before` gives the row that it replaces, if any. Changes nothing.
+  // Throws unless all indexes can be kept right and bear this row: kGeneric for a duplicate or missing key, a
+  // text without a key, an index of an order that we do not know. `before` gives the row that it replaces, if
+  // any. Changes nothing.
   void Check(const ValueOf& after, const ValueOf* before);
   // Takes over what the last Check() was asked about.
   void Accept(const ValueOf& after);
@@ -44,7 +45,7 @@ class TableIndexes {
  private:
   struct Keys {
     std::vector<std::size_t> columns;  // positions
-    bool integer = false;              // one whole-number column: the highest key alone settles most questions
+    bool integer = false;  // one whole-number column: the highest key alone settles most questions
     std::int64_t highest = 0;
     bool known = false;  // `used` holds all keys
     std::unordered_set<std::string> used;
@@ -63,7 +64,8 @@ class TableIndexes {
   bool stale_ = false;
 };
 
-// The entries that an index must have, from the rows. Throws code::kGeneric when a row has no key that we know.
+// The entries that an index must have, from the rows. Throws code::kGeneric when a row has no key that we
+// know.
 IndexEntries CollectEntries(const TableInternal& table, const RealIndex& index);
 
 }  // namespace kestrelon::jet

@@ -69,7 +69,8 @@ RowPlace FindRow(const TableInternal& table, RowId row) {
 }
 
 std::optional<std::span<const std::uint8_t>> StoredField(const TableInternal& table, const RowView& row,
-                                                         std::size_t position, std::vector<std::uint8_t>& buffer) {
+                                                         std::size_t position,
+                                                         std::vector<std::uint8_t>& buffer) {
   const StoredColumn& column = table.stored[position];
   if (!row.Has(column.number)) return std::nullopt;
   const auto field = row.Field(column);

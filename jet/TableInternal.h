@@ -52,9 +52,11 @@ inline RowId MakeRowId(std::uint32_t page, std::size_t slot) {
   return RowId{page << 8 | static_cast<std::uint32_t>(slot)};
 }
 
-// The bytes of a column of a row, long values resolved to what they store; nothing if null. `buffer` serves chains.
+// The bytes of a column of a row, long values resolved to what they store; nothing if null. `buffer` serves
+// chains.
 std::optional<std::span<const std::uint8_t>> StoredField(const TableInternal& table, const RowView& row,
-                                                         std::size_t position, std::vector<std::uint8_t>& buffer);
+                                                         std::size_t position,
+                                                         std::vector<std::uint8_t>& buffer);
 // The value of a column of a row.
 void ReadField(const TableInternal& table, const RowView& row, std::size_t position, Value& value);
 

@@ -14,7 +14,8 @@ constexpr char16_t kByteOrderMark = 0xFEFF;
 // Every unit is 0001h..00FFh. (0 wraps around to FFFFh.)
 bool IsSingleByte(std::u16string_view text) {
   unsigned all = 0;
-  for (const char16_t unit : text) all |= static_cast<std::uint16_t>(unit - 1) + (unit == 0x100 ? 0x100u : 0u);
+  for (const char16_t unit : text)
+    all |= static_cast<std::uint16_t>(unit - 1) + (unit == 0x100 ? 0x100u : 0u);
   return all < 0x100;
 }
 

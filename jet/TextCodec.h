@@ -12,9 +12,9 @@ namespace kestrelon::jet {
 //   plain        UTF-16LE
 //   compressed   FF FE, then one byte a character; a byte 00 switches to two bytes a character and back
 //
-// A text is written compressed where its column allows it, it has 3 to 1024 characters and all are U+0001..U+00FF, as
-// Access does; the switch is read but never written. A first character U+FEFF is dropped on writing, because a plain
-// text may not begin with the mark of a compressed one.
+// A text is written compressed where its column allows it, it has 3 to 1024 characters and all are
+// U+0001..U+00FF, as Access does; the switch is read but never written. A first character U+FEFF is dropped
+// on writing, because a plain text may not begin with the mark of a compressed one.
 
 // Bytes that EncodeText() may need at most.
 inline std::size_t EncodedTextBound(std::u16string_view text) { return 2 * text.size(); }

@@ -19,7 +19,8 @@ Place Find(const Pager& pager, std::uint32_t pointer) {
       (data_page::Slot(bytes, slot) & kSlotDeleted) != 0) {
     ThrowCorrupt("a usage map does not exist", page);
   }
-  if (const std::uint32_t owner = data_page::Owner(bytes); owner != (page == Pager::kGlobalMapPage ? page : 0)) {
+  if (const std::uint32_t owner = data_page::Owner(bytes);
+      owner != (page == Pager::kGlobalMapPage ? page : 0)) {
     ThrowCorrupt("a usage map lies on a page of something else", page);
   }
   Place place{page, data_page::Start(bytes, slot), 0};
@@ -33,7 +34,8 @@ Place Find(const Pager& pager, std::uint32_t pointer) {
 std::uint32_t Entry(const Pager& pager, const Place& place, std::size_t k) {
   if (k >= kEntries) ThrowCorrupt("a page lies past the end of a usage map", place.page);
   const std::uint32_t page = Get32(pager.Read(place.page) + place.offset + 1 + 4 * k);
-  if (page != 0 && pager.Read(page)[0] != page_type::kMapBits) ThrowCorrupt("a page of map bits is expected", page);
+  if (page != 0 && pager.Read(page)[0] != page_type::kMapBits)
+    ThrowCorrupt("a page of map bits is expected", page);
   return page;
 }
 
@@ -49,19 +51,22 @@ std::vector<std::uint32_t> UsageMap::Pages() const {
   std::vector<std::uint32_t> pages;
   const map_row::Place place = map_row::Find(*pager_, pointer_);
   const auto add = [&](std::uint64_t page) {
-    if (page < 2 || page >= pager_->PageCount()) ThrowCorrupt("a usage map names a page outside the file", place.page);
+    if (page < 2 || page >= pager_->PageCount())
+      ThrowCorrupt("a usage map names a page outside the file", place.page);
     pages.push_back(static_cast<std::uint32_t>(page));
   };
   if (map_row::Type(*pager_, place) == map_row::kInline) {
     const std::uint64_t first = map_row::First(*pager_, place);
-    map_row::ForEachBit({pager_->Read(place.page) + place.offset + map_row::kBits, place.size - map_row::kBits},
-                        [&](std::uint32_t bit) { add(first + bit); });
+    map_row::ForEachBit(
+        {pager_->Read(place.page) + place.offset + map_row::kBits, place.size - map_row::kBits},
+        [&](std::uint32_t bit) { add(first + bit); });
     return pages;
   }
   for (std::size_t k = 0; k < map_row::kEntries; ++k) {
     if (const std::uint32_t bitPage = map_row::Entry(*pager_, place, k); bitPage != 0) {
-      map_row::ForEachBit(map_row::PageBits(*pager_, bitPage),
-                          [&](std::uint32_t bit) { add(std::uint64_t{k} * map_row::kPagesPerBitPage + bit); });
+      map_row::ForEachBit(map_row::PageBits(*pager_, bitPage), [&](std::uint32_t bit) {
+        add(std::uint64_t{k} * map_row::kPagesPerBitPage + bit);
+      });
     }
   }
   return pages;

@@ -7,8 +7,8 @@
 
 namespace kestrelon::jet {
 
-// One usage map: the set of pages that belong to something. Named by the row (page << 8 | slot) that holds it.
-// All members throw CorruptFile when that row is no usage map.
+// One usage map: the set of pages that belong to something. Named by the row (page << 8 | slot) that holds
+// it. All members throw CorruptFile when that row is no usage map.
 class UsageMap {
  public:
   UsageMap(Pager& pager, std::uint32_t pointer) : pager_(&pager), pointer_(pointer) {}

@@ -25,10 +25,12 @@ double NumberOf(const Value& value) {
 
 // Negative, 0 or positive; the two are of the same kind and not NULL. Not-a-number sorts before every number.
 int CompareValues(const Value& a, const Value& b) {
-  if (const auto* text = std::get_if<std::u16string>(&a)) return CompareTexts(*text, std::get<std::u16string>(b));
+  if (const auto* text = std::get_if<std::u16string>(&a))
+    return CompareTexts(*text, std::get<std::u16string>(b));
   const double left = NumberOf(a);
   const double right = NumberOf(b);
-  if (std::isnan(left) || std::isnan(right)) return static_cast<int>(std::isnan(right)) - static_cast<int>(std::isnan(left));
+  if (std::isnan(left) || std::isnan(right))
+    return static_cast<int>(std::isnan(right)) - static_cast<int>(std::isnan(left));
   return left < right ? -1 : left > right ? 1 : 0;
 }
 
@@ -197,7 +199,8 @@ std::optional<std::pair<std::size_t, Value>> Condition::EqualityOf(std::size_t i
   if (!Lookup::Supports(type)) return std::nullopt;
   const bool isText = type == ColumnType::kText || type == ColumnType::kMemo;
   const Value& value = literal->literal.value;
-  if (isText ? !std::holds_alternative<std::u16string>(value) : !std::holds_alternative<std::int32_t>(value)) {
+  if (isText ? !std::holds_alternative<std::u16string>(value)
+             : !std::holds_alternative<std::int32_t>(value)) {
     return std::nullopt;
   }
   return std::pair(column->column, value);

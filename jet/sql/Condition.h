@@ -12,17 +12,19 @@
 
 namespace kestrelon::jet::sql {
 
-// Finds the columns that the nodes of a statement name. Throws Error (code::kMissingParameter) for a name that is no
-// column of the table.
+// Finds the columns that the nodes of a statement name. Throws Error (code::kMissingParameter) for a name
+// that is no column of the table.
 void Bind(Statement& statement, const Table& table);
 
-// A bound WHERE condition, or any other expression of the statement. The statement and the table must outlive it.
+// A bound WHERE condition, or any other expression of the statement. The statement and the table must outlive
+// it.
 class Condition {
  public:
   // Throws Error (code::kTypeMismatch) when types that cannot be compared are, whatever the rows hold.
   Condition(const Statement& statement, std::size_t root, const Table& table);
 
-  // Throws the same for another expression of the statement. Before Evaluate() of a node outside the condition.
+  // Throws the same for another expression of the statement. Before Evaluate() of a node outside the
+  // condition.
   void CheckOperand(std::size_t node) const { Check(node); }
 
   // Whether the row is selected: NULL counts as false.

@@ -46,7 +46,8 @@ Civil CivilFromDays(std::int64_t days) {
   const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
   const std::int64_t shifted = (5 * dayOfYear + 2) / 153;
   const auto month = static_cast<unsigned>(shifted < 10 ? shifted + 3 : shifted - 9);
-  return {yearOfEra + era * 400 + (month <= 2), month, static_cast<unsigned>(dayOfYear - (153 * shifted + 2) / 5 + 1)};
+  return {yearOfEra + era * 400 + (month <= 2), month,
+          static_cast<unsigned>(dayOfYear - (153 * shifted + 2) / 5 + 1)};
 }
 constexpr std::int64_t kDayZero = -25569;  // 1899-12-30, counted from 1970-01-01
 
@@ -118,11 +119,11 @@ std::u16string DateText(double date) {
   const Civil civil = CivilFromDays(static_cast<std::int64_t>(day) + kDayZero);
   const auto time = static_cast<int>(seconds);
   char buffer[64];
-  int length = std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u", static_cast<int>(civil.year), civil.month,
-                             civil.day);
+  int length = std::snprintf(buffer, sizeof buffer, "%04d-%02u-%02u", static_cast<int>(civil.year),
+                             civil.month, civil.day);
   if (time != 0) {
-    length += std::snprintf(buffer + length, sizeof buffer - static_cast<std::size_t>(length), " %02d:%02d:%02d",
-                            time / 3600, time / 60 % 60, time % 60);
+    length += std::snprintf(buffer + length, sizeof buffer - static_cast<std::size_t>(length),
+                            " %02d:%02d:%02d", time / 3600, time / 60 % 60, time % 60);
   }
   return FromAscii({buffer, static_cast<std::size_t>(length)});
 }
@@ -136,7 +137,8 @@ std::u16string NumberText(Number number) {
 
 std::u16string CurrencyText(std::int64_t amount) {
   const bool negative = amount < 0;
-  const std::uint64_t size = negative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount);
+  const std::uint64_t size =
+      negative ? 0 - static_cast<std::uint64_t>(amount) : static_cast<std::uint64_t>(amount);
   std::u16string text = (negative ? u"-" : u"") + NumberText(size / 10000);
   if (size % 10000 != 0) {
     std::u16string fraction = NumberText(size % 10000 + 10000);
@@ -160,12 +162,13 @@ std::u16string Hex(const Bytes& bytes) {
 std::u16string GuidText(const Bytes& bytes) {
   if (bytes.size() != 16) return Hex(bytes);
   // The first three groups are stored with the low byte first.
-  static constexpr std::array<std::size_t, 16> kOrder = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
+  static constexpr std::array<std::size_t, 16> kOrder = {3, 2, 1,  0,  5,  4,  7,  6,
+                                                         8, 9, 10, 11, 12, 13, 14, 15};
   Bytes ordered;
   for (const std::size_t at : kOrder) ordered.push_back(bytes[at]);
   const std::u16string hex = Hex(ordered);
-  return u"{" + hex.substr(0, 8) + u"-" + hex.substr(8, 4) + u"-" + hex.substr(12, 4) + u"-" + hex.substr(16, 4) +
-         u"-" + hex.substr(20) + u"}";
+  return u"{" + hex.substr(0, 8) + u"-" + hex.substr(8, 4) + u"-" + hex.substr(12, 4) + u"-" +
+         hex.substr(16, 4) + u"-" + hex.substr(20) + u"}";
 }
 
 double NumberOf(const Value& value) {
@@ -234,8 +237,7 @@ std::u16string ToText(const Value& value, ColumnType type) {
       if (type == ColumnType::kSingle) return NumberText(static_cast<float>(std::get<double>(value)));
       return NumberText(std::get<double>(value));
     case 5: return std::get<std::u16string>(value);
-    case 6:
-      return type == ColumnType::kGuid ? GuidText(std::get<Bytes>(value)) : Hex(std::get<Bytes>(value));
+    case 6: return type == ColumnType::kGuid ? GuidText(std::get<Bytes>(value)) : Hex(std::get<Bytes>(value));
     default: return {};
   }
 }
@@ -263,7 +265,8 @@ void ConvertTo(ColumnType type, Value& value, bool isDate) {
     case ColumnType::kInteger: value = WholeNumber(value, -32768, 32767); return;
     case ColumnType::kLong:
       if (!std::holds_alternative<std::int32_t>(value)) {
-        value = WholeNumber(value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
+        value = WholeNumber(value, std::numeric_limits<std::int32_t>::min(),
+                            std::numeric_limits<std::int32_t>::max());
       }
       return;
     case ColumnType::kCurrency: {

@@ -25,8 +25,9 @@ namespace {
 
 std::size_t InsertColumn(const Table& table, const std::u16string& name) {
   if (const std::optional<std::size_t> column = table.FindColumn(name)) return *column;
-  throw Error(code::kSyntax, u"The INSERT INTO statement contains the following unknown field name: '" + name +
-                                 u"'. Make sure you have typed the name correctly, and try the operation again.");
+  throw Error(code::kSyntax,
+              u"The INSERT INTO statement contains the following unknown field name: '" + name +
+                  u"'. Make sure you have typed the name correctly, and try the operation again.");
 }
 
 void CheckUnique(const std::vector<std::size_t>& columns, const Table& table) {
@@ -102,7 +103,8 @@ Executor::OpenedTable& Executor::Open(std::u16string_view name) {
 Executor::OpenedTable& Executor::OpenForWriting(std::u16string_view name) {
   OpenedTable& opened = Open(name);
   if (SameName(opened.table->Name().substr(0, 4), u"MSys")) {
-    throw Error(code::kGeneric, u"Cannot update '" + opened.table->Name() + u"': the engine's own tables are read-only.");
+    throw Error(code::kGeneric,
+                u"Cannot update '" + opened.table->Name() + u"': the engine's own tables are read-only.");
   }
   return opened;
 }
@@ -139,7 +141,8 @@ std::size_t Executor::InsertValues(Statement& statement) {
   }
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (columns[i].type == ColumnType::kText && std::holds_alternative<std::u16string>((*row)[i])) continue;
-    const bool isDate = std::find(statement.dateValues.begin(), statement.dateValues.end(), i) != statement.dateValues.end();
+    const bool isDate =
+        std::find(statement.dateValues.begin(), statement.dateValues.end(), i) != statement.dateValues.end();
     ConvertTo(columns[i].type, (*row)[i], isDate);
   }
   Transaction transaction(*this);

@@ -22,8 +22,8 @@ struct Selection {
   std::vector<RowId> rows;
 };
 
-// Runs statements on one open database. Every change of its tables must go through here: the lookups are kept in step
-// with it.
+// Runs statements on one open database. Every change of its tables must go through here: the lookups are kept
+// in step with it.
 class Executor {
  public:
   explicit Executor(Database& database) : database_(&database) {}

@@ -48,7 +48,8 @@ Token Lexer::Number(std::size_t start) {
   }
   if (end < statement_.size() && (statement_[end] == u'e' || statement_[end] == u'E')) {
     std::size_t exponent = end + 1;
-    if (exponent < statement_.size() && (statement_[exponent] == u'+' || statement_[exponent] == u'-')) ++exponent;
+    if (exponent < statement_.size() && (statement_[exponent] == u'+' || statement_[exponent] == u'-'))
+      ++exponent;
     if (exponent < statement_.size() && IsDigit(statement_[exponent])) {
       end = exponent;
       skipDigits();

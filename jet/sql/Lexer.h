@@ -39,8 +39,8 @@ struct Token {
   bool doubledQuotes = false;  // kText: the delimiter stands doubled inside
 };
 
-// Cuts a statement into tokens, one at a time and never further than asked: what a faulty statement is blamed for
-// depends on which fault comes first from the left. The statement must outlive the lexer.
+// Cuts a statement into tokens, one at a time and never further than asked: what a faulty statement is blamed
+// for depends on which fault comes first from the left. The statement must outlive the lexer.
 class Lexer {
  public:
   explicit Lexer(std::u16string_view statement) : statement_(statement) {}

@@ -12,8 +12,9 @@
 
 namespace kestrelon::jet::sql {
 
-// The rows of one table by the value of one column, in memory: a hash table that holds row addresses and no values
-// (8 bytes of each, in slots of which 3/8 to 3/4 are used); a candidate is compared with the row itself.
+// The rows of one table by the value of one column, in memory: a hash table that holds row addresses and no
+// values (8 bytes of each, in slots of which 3/8 to 3/4 are used); a candidate is compared with the row
+// itself.
 class Lookup {
  public:
   Lookup(const Table& table, std::size_t column);  // one scan
@@ -53,12 +54,12 @@ class Lookup {
   mutable Value scratch_;  // of a candidate row, kept for its memory
 };
 
-// The lookups of one table, each built when it is first asked for. Whoever changes the table tells: nothing built, nothing
-// to do.
+// The lookups of one table, each built when it is first asked for. Whoever changes the table tells: nothing
+// built, nothing to do.
 class Lookups {
  public:
-  // Rows whose column equals the value, in physical order. The column's type must be one that Lookup supports, the
-  // value of that type.
+  // Rows whose column equals the value, in physical order. The column's type must be one that Lookup
+  // supports, the value of that type.
   std::vector<RowId> Find(const Table& table, std::size_t column, const Value& value);
 
   bool Any() const { return !built_.empty(); }
@@ -73,7 +74,8 @@ class Lookups {
   void Remember(const Cursor& row, Old& old) const;
   void Deleted(RowId row, const Old& old);
   // After the changes were made.
-  void Updated(const Table& table, RowId row, std::span<const std::pair<std::size_t, Value>> changes, const Old& old);
+  void Updated(const Table& table, RowId row, std::span<const std::pair<std::size_t, Value>> changes,
+               const Old& old);
   void Clear() { built_.clear(); }
 
  private:

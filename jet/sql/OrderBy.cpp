@@ -56,7 +56,8 @@ void SortBy(std::vector<std::pair<Key, RowId>>& keyed, std::vector<RowId>& rows)
 
 }  // namespace
 
-void SortRows(const Table& table, const std::vector<std::pair<std::size_t, bool>>& columns, std::vector<RowId>& rows) {
+void SortRows(const Table& table, const std::vector<std::pair<std::size_t, bool>>& columns,
+              std::vector<RowId>& rows) {
   for (const auto& [column, descending] : columns) {
     switch (table.Columns()[column].type) {
       case ColumnType::kBinary:

@@ -20,7 +20,8 @@ constexpr std::u16string_view kFromFault = u"Syntax error in FROM clause.";
 constexpr std::u16string_view kWhereFault = u"Syntax error in WHERE clause.";
 constexpr std::u16string_view kOrderFault = u"Syntax error in ORDER BY clause.";
 constexpr std::u16string_view kSelectFault =
-    u"The SELECT statement includes a reserved word or an argument name that is misspelled or missing, or the "
+    u"The SELECT statement includes a reserved word or an argument name that is misspelled or missing, or "
+    u"the "
     u"punctuation is incorrect.";
 
 [[noreturn]] void Fail(std::u16string_view description) {
@@ -129,7 +130,8 @@ class Parser {
     }
   }
 
-  // Reads the constant at the current token into `value`; false when there is none. `start` begins the expression.
+  // Reads the constant at the current token into `value`; false when there is none. `start` begins the
+  // expression.
   bool Constant(std::size_t start, Value& value, bool& isDate) {
     isDate = false;
     switch (token_.kind) {
@@ -165,7 +167,8 @@ class Parser {
     const std::optional<double> number = ParseNumber(token_.text);
     if (!number) Fail(u"Syntax error in number in query expression '" + Quoted(start) + u"'.");
     const bool whole = token_.text.find_first_not_of(u"0123456789") == std::u16string_view::npos;
-    if (whole && *number <= std::numeric_limits<std::int32_t>::max()) return static_cast<std::int32_t>(*number);
+    if (whole && *number <= std::numeric_limits<std::int32_t>::max())
+      return static_cast<std::int32_t>(*number);
     return *number;
   }
 
@@ -181,8 +184,12 @@ class Parser {
     if (++depth_ > kMaxDepth) Fail(u"Query is too complex.");
   }
 
-  std::size_t Condition() { return Chain(u"OR", Node::Kind::kOr, [this] { return Conjunction(); }); }
-  std::size_t Conjunction() { return Chain(u"AND", Node::Kind::kAnd, [this] { return Negation(); }); }
+  std::size_t Condition() {
+    return Chain(u"OR", Node::Kind::kOr, [this] { return Conjunction(); });
+  }
+  std::size_t Conjunction() {
+    return Chain(u"AND", Node::Kind::kAnd, [this] { return Negation(); });
+  }
 
   // Operands joined by one word, as many as there are: a long list costs no depth.
   template <class Operand>
@@ -322,8 +329,8 @@ class Parser {
     const bool negative = Accept(TokenKind::kMinus);
     if (!Constant(start, value, isDate)) {
       if (!IsName()) Fail(kInsertFault);
-      // A bare name can only be a parameter, and nothing gives parameters a value. Told after the whole statement
-      // has been read: a fault of form comes first.
+      // A bare name can only be a parameter, and nothing gives parameters a value. Told after the whole
+      // statement has been read: a fault of form comes first.
       start_ = start;
       ColumnName();
       statement_->qualifiers.clear();

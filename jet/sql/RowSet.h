@@ -8,8 +8,8 @@
 
 namespace kestrelon::jet::sql {
 
-// A set of row addresses of any size in 4 to 16 bytes a row. Adding and removing one row takes the same time in a set of
-// a hundred thousand as in a set of two. No order.
+// A set of row addresses of any size in 4 to 16 bytes a row. Adding and removing one row takes the same time
+// in a set of a hundred thousand as in a set of two. No order.
 class RowSet {
  public:
   std::size_t Size() const { return count_; }
@@ -30,8 +30,8 @@ class RowSet {
   std::size_t Find(RowId row) const;
   void Rebuild(std::size_t capacity);
 
-  // Up to a few rows: a plain list. More: a hash table with open addressing in a power of two of slots, 0 for empty
-  // (page 0 holds no rows).
+  // Up to a few rows: a plain list. More: a hash table with open addressing in a power of two of slots, 0 for
+  // empty (page 0 holds no rows).
   std::vector<std::uint32_t> slots_;
   std::uint32_t count_ = 0;
   bool hashed_ = false;

@@ -16,8 +16,8 @@ struct Literal {
   bool isDate = false;
 };
 
-// One node of a WHERE condition or of the right side of an assignment. Nodes refer to their operands by position in
-// Statement::nodes.
+// One node of a WHERE condition or of the right side of an assignment. Nodes refer to their operands by
+// position in Statement::nodes.
 struct Node {
   enum class Kind {
     kLiteral,
@@ -64,11 +64,11 @@ struct Statement {
   std::vector<std::u16string> columns;  // kSelect: the list; INSERT: the names in parentheses, if any
   std::vector<OrderTerm> order;         // kSelect
 
-  std::vector<Value> values;             // kInsertValues
-  std::vector<std::size_t> dateValues;   // positions in `values` that were written as #dates#
-  bool hasParameter = false;             // kInsertValues: a bare name stands among the values
-  std::unique_ptr<Statement> source;     // kInsertSelect
-  std::vector<Assignment> assignments;   // kUpdate
+  std::vector<Value> values;            // kInsertValues
+  std::vector<std::size_t> dateValues;  // positions in `values` that were written as #dates#
+  bool hasParameter = false;            // kInsertValues: a bare name stands among the values
+  std::unique_ptr<Statement> source;    // kInsertSelect
+  std::vector<Assignment> assignments;  // kUpdate
 
   std::vector<Node> nodes;
   std::size_t where = kNoNode;

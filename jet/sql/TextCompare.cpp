@@ -21,8 +21,8 @@ std::u16string_view WithoutTrailingBlanks(std::u16string_view text) {
 // The weights of a key: what stands before the first 01.
 std::string_view InlineOf(std::string_view key) { return key.substr(0, key.find(kEndOfInline)); }
 
-// What the printable ASCII characters contribute to a key, taken from the encoder itself so that the two cannot
-// disagree. `fold` numbers the characters by equality.
+// What the printable ASCII characters contribute to a key, taken from the encoder itself so that the two
+// cannot disagree. `fold` numbers the characters by equality.
 class AsciiTable {
  public:
   struct Entry {
@@ -65,17 +65,17 @@ class AsciiTable {
 char32_t FoldCase(char32_t c) {
   if (c >= U'A' && c <= U'Z') return c + 0x20;
   if (c < 0xC0) return c;
-  if (c <= 0xDE) return c == 0xD7 ? c : c + 0x20;                               // Latin-1
-  if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) return c | 1;   // Latin Extended-A
+  if (c <= 0xDE) return c == 0xD7 ? c : c + 0x20;                              // Latin-1
+  if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) return c | 1;  // Latin Extended-A
   if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) return (c + 1) & ~char32_t{1};
   if (c >= 0x391 && c <= 0x3A9) return c + 0x20;  // Greek
   if (c == 0x3C2) return 0x3C3;
   if (c >= 0x410 && c <= 0x42F) return c + 0x20;  // Cyrillic
   if (c >= 0x400 && c <= 0x40F) return c + 0x50;
   if ((c >= 0x460 && c <= 0x481) || (c >= 0x48A && c <= 0x4BF) || (c >= 0x4D0 && c <= 0x52F)) return c | 1;
-  if (c >= 0x531 && c <= 0x556) return c + 0x30;     // Armenian
-  if (c >= 0x1E00 && c <= 0x1EFF) return c | 1;      // Latin Extended Additional
-  if (c >= 0xFF21 && c <= 0xFF3A) return c + 0x20;   // full-width Latin
+  if (c >= 0x531 && c <= 0x556) return c + 0x30;      // Armenian
+  if (c >= 0x1E00 && c <= 0x1EFF) return c | 1;       // Latin Extended Additional
+  if (c >= 0xFF21 && c <= 0xFF3A) return c + 0x20;    // full-width Latin
   if (c >= 0x10400 && c <= 0x10427) return c + 0x28;  // Deseret
   return c;
 }
@@ -84,15 +84,16 @@ char32_t FoldCase(char32_t c) {
 std::u16string_view TakeCharacter(std::u16string_view text, std::size_t& at, char32_t& codePoint) {
   const std::size_t start = at++;
   codePoint = text[start];
-  if (codePoint >= 0xD800 && codePoint <= 0xDBFF && at < text.size() && text[at] >= 0xDC00 && text[at] <= 0xDFFF) {
+  if (codePoint >= 0xD800 && codePoint <= 0xDBFF && at < text.size() && text[at] >= 0xDC00 &&
+      text[at] <= 0xDFFF) {
     codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (text[at++] - char32_t{0xDC00});
   }
   return text.substr(start, at - start);
 }
 
-// Built like an index key, character by character: weights, 01, what the characters have beside a weight, 00. A
-// character without a key has the weight FF (no real weight begins so) and its folded code point. No byte of the
-// second part is below 02 but its end, so that sort keys of several columns can be chained.
+// Built like an index key, character by character: weights, 01, what the characters have beside a weight, 00.
+// A character without a key has the weight FF (no real weight begins so) and its folded code point. No byte
+// of the second part is below 02 but its end, so that sort keys of several columns can be chained.
 std::string FallbackKey(std::u16string_view text) {
   std::string weights;
   std::string rest;
@@ -105,7 +106,8 @@ std::string FallbackKey(std::u16string_view text) {
       const char32_t folded = FoldCase(codePoint);
       weights += '\xFF';
       // 02 is added to each byte's seven bits: none is an end mark.
-      for (int shift = 14; shift >= 0; shift -= 7) weights += static_cast<char>(((folded >> shift) & 0x7F) + 2);
+      for (int shift = 14; shift >= 0; shift -= 7)
+        weights += static_cast<char>(((folded >> shift) & 0x7F) + 2);
     } else if (blank) {
       weights += InlineOf(*key)[0];
     } else {
@@ -145,7 +147,8 @@ bool TextsEqual(std::u16string_view a, std::u16string_view b) {
     if (fold == 0 || fold != ascii[b[i]].fold) break;
   }
   if (i == a.size() && i == b.size()) return true;
-  // Printable ASCII texts are equal only character by character; others may make up for a difference (sharp s, "ss").
+  // Printable ASCII texts are equal only character by character; others may make up for a difference (sharp
+  // s, "ss").
   if (ascii.Covers(a.substr(i)) && ascii.Covers(b.substr(i))) return false;
   return TextSortKey(a) == TextSortKey(b);
 }

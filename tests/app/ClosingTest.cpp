@@ -1,7 +1,6 @@
 // Closing the main window.
 
 #include "app/MainForm.h"
-
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {
@@ -83,13 +82,12 @@ TEST_F(Closing, YesOpensTheSaveDialogAndThenEnds) {
   AddCategory(L"A_", L"A");
   world.answers = {IDYES, IDOK};
   bool mainStillThere = false;
-  const OnWindow dialog(
-      [](HWND window) { return TextOf(window) == L"Save Database"; },
-      [&](HWND window) {
-        mainStillThere = form->Handle() != nullptr && !IsWindowEnabled(form->Handle());
-        auto& save = dynamic_cast<win::Form&>(*win::Window::Of(window));
-        SendMessageW(save.Find(L"Command2", 2)->window, BM_CLICK, 0, 0);
-      });
+  const OnWindow dialog([](HWND window) { return TextOf(window) == L"Save Database"; },
+                        [&](HWND window) {
+                          mainStillThere = form->Handle() != nullptr && !IsWindowEnabled(form->Handle());
+                          auto& save = dynamic_cast<win::Form&>(*win::Window::Of(window));
+                          SendMessageW(save.Find(L"Command2", 2)->window, BM_CLICK, 0, 0);
+                        });
 
   AskToClose();
 
@@ -190,7 +188,8 @@ TEST_F(Closing, KeepsTheTextOfAWidthThatWasNotTouched) {
 
 TEST_F(Closing, WritesTheWidthsOfAllFiveColumns) {
   Start();
-  for (std::size_t column = 1; column <= 5; ++column) List().SetColumnWidth(column, static_cast<int>(column) * 20);
+  for (std::size_t column = 1; column <= 5; ++column)
+    List().SetColumnWidth(column, static_cast<int>(column) * 20);
   world.answers = {IDNO};
   AskToClose();
   EXPECT_EQ(dir.settings.Read(L"DefineName_Length"), L"300");

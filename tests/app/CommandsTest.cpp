@@ -95,9 +95,9 @@ TEST_F(MenuBar, GreysTheEntriesWithoutACommandForGood) {
   }
   EXPECT_EQ(enabled, (std::vector<std::wstring>{
                          L"meu_LoadDatabase", L"meu_SaveDatabase", L"meu_exit", L"meu_AddFirstSibling",
-                         L"meu_AddPreviousSibling", L"meu_AddNextSibling", L"meu_AddLastSibling", L"meu_AddChild",
-                         L"meu_Input_Dialog", L"meu_ShowItemInfo", L"meu_openfile", L"meu_English",
-                         L"meu_Chinese_Traditional", L"meu_Chinese_Simplified"}));
+                         L"meu_AddPreviousSibling", L"meu_AddNextSibling", L"meu_AddLastSibling",
+                         L"meu_AddChild", L"meu_Input_Dialog", L"meu_ShowItemInfo", L"meu_openfile",
+                         L"meu_English", L"meu_Chinese_Traditional", L"meu_Chinese_Simplified"}));
 }
 
 TEST_F(MenuBar, IgnoresTheCommandOfAGreyEntry) {
@@ -261,7 +261,8 @@ TEST_F(LanguageMenu, ChangesTheMessagesToo) {
   world.answers = {IDOK};
   Command(L"meu_AddChild");
   ASSERT_EQ(world.boxes.size(), 1u);
-  EXPECT_EQ(world.boxes[0].text, ReadIni(L"messagebox", L"3", program.programFolder + L"Lang\\Chinese_S.ini"));
+  EXPECT_EQ(world.boxes[0].text,
+            ReadIni(L"messagebox", L"3", program.programFolder + L"Lang\\Chinese_S.ini"));
   EXPECT_NE(world.boxes[0].text, L"Please select a category at first!");
 }
 

@@ -1,9 +1,8 @@
 // Start-up, up to the main window.
 
-#include "app/Connect.h"
-
 #include <filesystem>
 
+#include "app/Connect.h"
 #include "app/base/File.h"
 #include "tests/support/MainFormFixture.h"
 
@@ -29,7 +28,8 @@ TEST(NameProgram, PutsTheDataFolderIntoAppData) {
 }
 
 TEST(NameProgram, DoesNotDoubleTheBackslashOfAppData) {
-  EXPECT_EQ(app::NameProgram(L"C:\\Program", L"C:\\Users\\me\\").dataFolder, L"C:\\Users\\me\\KestrelonData\\");
+  EXPECT_EQ(app::NameProgram(L"C:\\Program", L"C:\\Users\\me\\").dataFolder,
+            L"C:\\Users\\me\\KestrelonData\\");
 }
 
 TEST(NameProgram, TakesTheProgramFolderWithAndWithoutABackslash) {

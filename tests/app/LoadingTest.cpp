@@ -1,7 +1,6 @@
 // What the main window is once it has loaded.
 
 #include "app/MainForm.h"
-
 #include "app/SingleInstance.h"
 #include "packaging/resource.h"
 #include "tests/support/MainFormFixture.h"

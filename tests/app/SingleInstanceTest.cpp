@@ -1,5 +1,4 @@
 #include "app/SingleInstance.h"
-
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {

@@ -1,9 +1,8 @@
 // The Save and the Load dialog.
 
-#include "app/SlotDialog.h"
-
 #include <functional>
 
+#include "app/SlotDialog.h"
 #include "store/Store.h"
 #include "tests/support/MainFormFixture.h"
 
@@ -56,7 +55,8 @@ class SlotDialog : public MainFormFixture {
     std::vector<LONG> sizes;
     for (int slot = 0; slot < 4; ++slot) {
       LOGFONTW font{};
-      GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Button(dialog, slot), WM_GETFONT, 0, 0)), sizeof font, &font);
+      GetObjectW(reinterpret_cast<HFONT>(SendMessageW(Button(dialog, slot), WM_GETFONT, 0, 0)), sizeof font,
+                 &font);
       sizes.push_back(MulDiv(-font.lfHeight, 72, 96));
     }
     return sizes;

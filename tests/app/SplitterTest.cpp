@@ -1,8 +1,7 @@
 // Layout of the panes and the bar between them.
 
-#include "app/Splitter.h"
-
 #include "app/MainLayout.h"
+#include "app/Splitter.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {

@@ -63,7 +63,8 @@ TEST_F(Tray, ADoubleClickShowsTheWindowToo) {
 TEST_F(Tray, OtherMouseEventsLeaveTheWindowHidden) {
   Start();
   Minimise();
-  for (const UINT message : {WM_MOUSEMOVE, WM_RBUTTONUP, WM_LBUTTONDOWN}) IconSends(static_cast<UINT>(message));
+  for (const UINT message : {WM_MOUSEMOVE, WM_RBUTTONUP, WM_LBUTTONDOWN})
+    IconSends(static_cast<UINT>(message));
   EXPECT_FALSE(IsWindowVisible(form->Handle()));
 }
 

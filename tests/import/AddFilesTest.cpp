@@ -1,8 +1,7 @@
-#include "import/AddFiles.h"
-
 #include <stdexcept>
 
 #include "app/base/GetFileInfo.h"
+#include "import/AddFiles.h"
 #include "items/ShowData.h"
 #include "jet/Error.h"
 #include "lang/Messages.h"

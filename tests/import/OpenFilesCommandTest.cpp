@@ -1,5 +1,4 @@
 #include "import/OpenFilesCommand.h"
-
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {

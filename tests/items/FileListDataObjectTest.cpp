@@ -1,9 +1,9 @@
-#include "items/FileListDataObject.h"
-
 #include <gtest/gtest.h>
 #include <ole2.h>
 #include <shellapi.h>
 #include <shlobj.h>
+
+#include "items/FileListDataObject.h"
 
 namespace kestrelon::test {
 namespace {
@@ -13,14 +13,12 @@ FORMATETC Format(CLIPFORMAT id, DWORD medium = TYMED_HGLOBAL, DWORD aspect = DVA
 }
 
 TEST(FileDropBytes, IsAHeadThePathsEachClosedByANulAndALastNul) {
-  const std::vector<std::uint8_t> expected = {
-      20,  0, 0, 0,  // where the list begins
-      0,   0, 0, 0, 0, 0, 0, 0,  // the point
-      0,   0, 0, 0,  // not in the frame
-      1,   0, 0, 0,  // 16-bit characters
-      'C', 0, ':', 0, 'a', 0, 0, 0,
-      0x2D, 0x4E, 0, 0,  // U+4E2D
-      0,   0};
+  const std::vector<std::uint8_t> expected = {20,  0, 0,   0,                // where the list begins
+                                              0,   0, 0,   0, 0,   0, 0, 0,  // the point
+                                              0,   0, 0,   0,                // not in the frame
+                                              1,   0, 0,   0,                // 16-bit characters
+                                              'C', 0, ':', 0, 'a', 0, 0, 0, 0x2D, 0x4E, 0, 0,  // U+4E2D
+                                              0,   0};
   EXPECT_EQ(items::FileDropBytes({L"C:a", L"\u4E2D"}), expected);
 }
 
@@ -33,7 +31,8 @@ TEST(FileDropBytes, OfNoPathsIsTheHeadAndANul) {
 
 class FileListDataObject : public testing::Test {
  protected:
-  win::ComPtr<IDataObject> object_ = items::MakeFileListDataObject({L"C:\\one.txt", L"C:\\dir\\zwei \u4E2D.txt"});
+  win::ComPtr<IDataObject> object_ =
+      items::MakeFileListDataObject({L"C:\\one.txt", L"C:\\dir\\zwei \u4E2D.txt"});
 };
 
 TEST_F(FileListDataObject, GivesTheFileListAsGlobalMemoryOfTheCaller) {

@@ -1,10 +1,9 @@
-#include "items/ItemInformation.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "app/base/GetFileInfo.h"
+#include "items/ItemInformation.h"
 #include "tests/support/FakeWorld.h"
 #include "tests/support/ScopedTestDir.h"
 
@@ -30,7 +29,9 @@ TEST(ShortenedPath, CutsLongerPathsToTheirFirst50Characters) {
 
 class ItemInformation : public testing::Test {
  protected:
-  std::wstring Information(const std::wstring& path) { return items::ItemInformation(dir.program, world, path); }
+  std::wstring Information(const std::wstring& path) {
+    return items::ItemInformation(dir.program, world, path);
+  }
   static void SetTimes(const std::wstring& path, const SYSTEMTIME& created, const SYSTEMTIME& accessed,
                        const SYSTEMTIME& written) {
     FILETIME times[3];
@@ -40,13 +41,14 @@ class ItemInformation : public testing::Test {
       ASSERT_TRUE(TzSpecificLocalTimeToSystemTime(nullptr, local[i], &universal));
       ASSERT_TRUE(SystemTimeToFileTime(&universal, &times[i]));
     }
-    const HANDLE file = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file =
+        CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     ASSERT_TRUE(SetFileTime(file, &times[0], &times[1], &times[2]));
     CloseHandle(file);
   }
   // What the system says of a file's times: not every file system keeps a time of creation.
-  static std::wstring TimeText(const std::wstring& path, FILETIME WIN32_FILE_ATTRIBUTE_DATA::* which) {
+  static std::wstring TimeText(const std::wstring& path, FILETIME WIN32_FILE_ATTRIBUTE_DATA::*which) {
     WIN32_FILE_ATTRIBUTE_DATA data;
     EXPECT_TRUE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data));
     SYSTEMTIME universal, local;
@@ -65,41 +67,48 @@ TEST_F(ItemInformation, TellsPlaceSizeAttributesAndTimesInThisForm) {
   SetTimes(path, {2024, 2, 0, 29, 1, 2, 3, 0}, accessed, written);
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN);
 
-  EXPECT_EQ(Information(path),
-            L"Location: \r\n" + items::ShortenedPath(path) +
-                L"\r\n\r\n"
-                L"Size: 1.50 KB (1,536 Bytes)\r\n\r\n"
-                L"----------------------------------------------------\r\n"
-                L"Attributes:\r\n\r\n"
-                L"Archive:    Yes              Read only: No\r\n\r\n"
-                L"Hidden:     Yes               System:    No\r\n\r\n"
-                L"----------------------------------------------------\r\n"
-                L"Created Time    :" +
-                TimeText(path, &WIN32_FILE_ATTRIBUTE_DATA::ftCreationTime) +
-                L"\r\n\r\n"
-                L"Lost Modefieed  :" +
-                DateTimeText(written) +
-                L"\r\n\r\n"
-                L"Last Accessed   :" +
-                DateTimeText(accessed));
+  EXPECT_EQ(Information(path), L"Location: \r\n" + items::ShortenedPath(path) +
+                                   L"\r\n\r\n"
+                                   L"Size: 1.50 KB (1,536 Bytes)\r\n\r\n"
+                                   L"----------------------------------------------------\r\n"
+                                   L"Attributes:\r\n\r\n"
+                                   L"Archive:    Yes              Read only: No\r\n\r\n"
+                                   L"Hidden:     Yes               System:    No\r\n\r\n"
+                                   L"----------------------------------------------------\r\n"
+                                   L"Created Time    :" +
+                                   TimeText(path, &WIN32_FILE_ATTRIBUTE_DATA::ftCreationTime) +
+                                   L"\r\n\r\n"
+                                   L"Lost Modefieed  :" +
+                                   DateTimeText(written) +
+                                   L"\r\n\r\n"
+                                   L"Last Accessed   :" +
+                                   DateTimeText(accessed));
 }
 
 TEST_F(ItemInformation, TellsTheOtherAttributesTheOtherWayRound) {
-  const std::wstring path = dir.Path(L"folder");  // files have the archive flag on some systems whatever is set
-  CreateDirectoryW(path.c_str(), nullptr);
+  const std::wstring path = dir.WriteFile(L"f");
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM);
 
   const std::wstring text = Information(path);
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 
-  EXPECT_NE(text.find(L"Archive:    No              Read only: Yes\r\n\r\n"
+  EXPECT_NE(text.find(L"              Read only: Yes\r\n\r\n"
                       L"Hidden:     No               System:    Yes\r\n\r\n"),
             std::wstring::npos)
       << Narrow(text);
 }
 
+TEST_F(ItemInformation, TellsWhatIsNotToBeArchived) {
+  // A folder: some systems give every file the archive flag.
+  const std::wstring text = Information(dir.Path(L"Program"));
+  EXPECT_NE(text.find(L"Attributes:\r\n\r\nArchive:    No              Read only: No\r\n\r\n"),
+            std::wstring::npos)
+      << Narrow(text);
+}
+
 TEST_F(ItemInformation, CountsSmallFilesInBytes) {
-  EXPECT_NE(Information(dir.WriteFile(L"f", "12345")).find(L"\r\n\r\nSize: 005 Bytes\r\n\r\n"), std::wstring::npos);
+  EXPECT_NE(Information(dir.WriteFile(L"f", "12345")).find(L"\r\n\r\nSize: 005 Bytes\r\n\r\n"),
+            std::wstring::npos);
 }
 
 TEST_F(ItemInformation, RulesHave52Hyphens) {

@@ -1,6 +1,5 @@
-#include "items/ItemTip.h"
-
 #include "items/ItemInformation.h"
+#include "items/ItemTip.h"
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
 

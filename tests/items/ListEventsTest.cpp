@@ -1,7 +1,6 @@
 // Keys, mouse, menu and dragging of the item list.
 
 #include "items/ListEvents.h"
-
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
 
@@ -12,7 +11,8 @@ class ListEvents : public MainFormFixture {
  protected:
   void StartWithRows(int count) {
     Start();
-    for (int i = 1; i <= count; ++i) AddItem(L"A_", i, {L"n" + std::to_wstring(i), L"f", L"C:\\f" + std::to_wstring(i)});
+    for (int i = 1; i <= count; ++i)
+      AddItem(L"A_", i, {L"n" + std::to_wstring(i), L"f", L"C:\\f" + std::to_wstring(i)});
     items::ShowData(Parts(), L"A_");
     SetFocus(List().Handle());
     win::DoEvents();
@@ -92,9 +92,9 @@ class ItemEntries : public ListEvents {
  protected:
   std::vector<std::wstring> Enabled() {
     std::vector<std::wstring> names;
-    for (const wchar_t* name : {L"meu_rename", L"meu_Definenameasfilename", L"meu_Delete", L"meu_Properties",
-                                L"meu_Moveto", L"meu_Copyto", L"meu_openfile", L"meu_destinationdirectory",
-                                L"meu_Changecategory"}) {
+    for (const wchar_t* name :
+         {L"meu_rename", L"meu_Definenameasfilename", L"meu_Delete", L"meu_Properties", L"meu_Moveto",
+          L"meu_Copyto", L"meu_openfile", L"meu_destinationdirectory", L"meu_Changecategory"}) {
       if (Menus().IsEnabled(name)) names.push_back(name);
     }
     return names;
@@ -153,10 +153,10 @@ TEST_F(ContextMenu, OpensWithTheItemEntriesByTheRightButton) {
   EXPECT_TRUE(menu.Shown());
   std::vector<std::wstring> captions = menu.Captions();
   for (std::wstring& caption : captions) caption = caption.substr(0, caption.find(L'\t'));
-  EXPECT_EQ(captions, (std::vector<std::wstring>{
-                          L"Import Files From", L"Rename", L"Delete", L"Show item info", L"Change category",
-                          L"Send to ...", L"Move to folder...", L"Comment...", L"Open File", L"Open in Explore",
-                          L"Properties..."}));
+  EXPECT_EQ(captions,
+            (std::vector<std::wstring>{L"Import Files From", L"Rename", L"Delete", L"Show item info",
+                                       L"Change category", L"Send to ...", L"Move to folder...",
+                                       L"Comment...", L"Open File", L"Open in Explore", L"Properties..."}));
 }
 
 TEST_F(ContextMenu, OpensForTheRowUnderThePointer) {

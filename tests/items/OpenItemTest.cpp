@@ -1,7 +1,6 @@
 // Opening the selected item's file.
 
 #include "items/OpenItem.h"
-
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
 

@@ -1,5 +1,4 @@
 #include "items/ShowData.h"
-
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {

@@ -1,11 +1,10 @@
-#include "tree/CategoryKeys.h"
-
 #include <gmock/gmock.h>
 
 #include <stdexcept>
 #include <system_error>
 
 #include "tests/support/MainFormFixture.h"
+#include "tree/CategoryKeys.h"
 
 namespace kestrelon::test {
 namespace {

@@ -132,10 +132,10 @@ TEST_F(TreeMouse, RightClickPopsUpTheCategoryMenu) {
   Click(Tree().Handle(), MiddleOf(*b_), true);
 
   EXPECT_TRUE(menu.Shown());
-  EXPECT_EQ(menu.Captions(), (std::vector<std::wstring>{
-                                 L"Add &First Sibling", L"Add &Previous Sibling", L"Add &Next Sibling",
-                                 L"Add &Last Sibling", L"Add &Directory", L"Add &Child", L"&Delete...",
-                                 L"&Enabled drag and drop"}));
+  EXPECT_EQ(menu.Captions(),
+            (std::vector<std::wstring>{L"Add &First Sibling", L"Add &Previous Sibling", L"Add &Next Sibling",
+                                       L"Add &Last Sibling", L"Add &Directory", L"Add &Child", L"&Delete...",
+                                       L"&Enabled drag and drop"}));
 }
 
 TEST_F(TreeMouse, RightClickOnEmptySpaceClearsTheCurrentCategoryAndStillPopsUpTheMenu) {

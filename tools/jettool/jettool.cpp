@@ -28,7 +28,8 @@ constexpr const char* kUsage =
     "usage: jettool tables FILE         names of the tables\n"
     "       jettool schema FILE         columns of every table\n"
     "       jettool dump [TABLE] FILE   rows as CSV, of one table or of all\n"
-    "       jettool check FILE          integrity walk; a line for each fault, exit code 1 if there are any\n";
+    "       jettool check FILE          integrity walk; a line for each fault, exit code 1 if there are "
+    "any\n";
 
 void Print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 void Print(std::u16string_view text) { Print(jet::ToUtf8(text)); }
@@ -117,7 +118,8 @@ int Check(jet::Database& database) {
 int Run(const std::vector<std::filesystem::path>& arguments) {
   const std::u16string command = arguments.empty() ? std::u16string() : arguments[0].u16string();
   const bool oneTable = command == u"dump" && arguments.size() == 3;
-  const bool known = command == u"tables" || command == u"schema" || command == u"dump" || command == u"check";
+  const bool known =
+      command == u"tables" || command == u"schema" || command == u"dump" || command == u"check";
   if (!known || (arguments.size() != 2 && !oneTable)) {
     std::fputs(kUsage, stderr);
     return kBadUsage;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "app/base/Win32.h"
+
 #include <functional>
 #include <stdexcept>
 #include <string>
 
 #include "app/base/File.h"
 #include "app/base/OutsideWorld.h"
-#include "app/base/Win32.h"
 
 namespace kestrelon::win {
 
@@ -17,8 +18,8 @@ void Inform(OutsideWorld& world, HWND owner, const std::wstring& text, const std
 // Text of the exception for a routine's box: "Unkonw Error:" and the description.
 std::wstring ErrorText(const std::exception& error);
 
-// Runs `body` as one routine: a failure is shown in the routine's own box and `onFailure` is returned. What `body` had
-// already written stays written.
+// Runs `body` as one routine: a failure is shown in the routine's own box and `onFailure` is returned. What
+// `body` had already written stays written.
 template <class R, class Body>
 R InRoutine(OutsideWorld& world, HWND owner, const std::wstring& title, R onFailure, Body&& body) {
   try {

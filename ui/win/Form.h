@@ -27,8 +27,8 @@ struct FontSpec {
 // The kinds that localisation tells apart; everything else gets a font but no caption.
 enum class ControlKind { kMenu, kLabel, kCommandButton, kCheckBox, kTextBox, kFrame, kOther };
 
-// One named control of a form, a menu entry included. `Tag` is the key under which its caption stands in the language
-// files; an empty tag keeps the control out of localisation altogether.
+// One named control of a form, a menu entry included. `Tag` is the key under which its caption stands in the
+// language files; an empty tag keeps the control out of localisation altogether.
 struct FormControl {
   std::wstring name;  // "Command2", "meu_exit"
   int index = -1;     // of a control array, from 0; -1 for a single control
@@ -38,9 +38,9 @@ struct FormControl {
   HMENU menu = nullptr;   // menu entries: the menu that holds the entry
   UINT menuPosition = 0;  // menu entries: its position there
   UINT id = 0;            // command or control identifier
-  TwipsRect place;        // client coordinates; unused for menu entries and controls that the form lays out itself
-  FontSpec font;          // empty face: the system's message font
-  bool placed = false;    // `place` holds
+  TwipsRect place;  // client coordinates; unused for menu entries and controls that the form lays out itself
+  FontSpec font;    // empty face: the system's message font
+  bool placed = false;  // `place` holds
 };
 
 // A row of the table from which a form makes its controls.
@@ -51,11 +51,12 @@ struct ControlSpec {
   const wchar_t* tag;
   const wchar_t* caption;
   TwipsRect place;
-  DWORD style = 0;  // added to the kind's own style (WS_CHILD | WS_VISIBLE, WS_TABSTOP for what takes the focus)
+  // Added to the kind's own style (WS_CHILD | WS_VISIBLE, WS_TABSTOP for what takes the focus).
+  DWORD style = 0;
 };
 
-// A window with named controls in a fixed order, laid out in twips, that follows the monitor's DPI: on WM_DPICHANGED the
-// controls are placed and the fonts made anew.
+// A window with named controls in a fixed order, laid out in twips, that follows the monitor's DPI: on
+// WM_DPICHANGED the controls are placed and the fonts made anew.
 class Form : public Window {
  public:
   // The window's name: its section in the language files.
@@ -71,22 +72,25 @@ class Form : public Window {
   // For MainForm: the list whose headers are localised; null for every other form.
   virtual ListView* LocalisedHeaders() { return nullptr; }
 
-  // Caption of a label, button, check box, frame or menu entry. In a menu the accelerator text after a TAB stays.
+  // Caption of a label, button, check box, frame or menu entry. In a menu the accelerator text after a TAB
+  // stays.
   std::wstring ControlCaption(const FormControl& control) const;
   void SetControlCaption(FormControl& control, const std::wstring& text);
   // No effect on menu entries beyond remembering it.
   void SetControlFont(FormControl& control, const FontSpec& font);
 
-  // Makes the control's window (STATIC, BUTTON, EDIT) and adds it; identifiers count up from 1000 in the order of adding.
+  // Makes the control's window (STATIC, BUTTON, EDIT) and adds it; identifiers count up from 1000 in the
+  // order of adding.
   FormControl& AddControl(const ControlSpec& spec);
   // Adds a control or menu entry that was made elsewhere.
   FormControl& AddExisting(FormControl control);
 
-  // The whole window's size so that the client area has this size, centred over `owner` (or the work area when null).
+  // The whole window's size so that the client area has this size, centred over `owner` (or the work area
+  // when null).
   void SizeClientAndCentre(double widthTwips, double heightTwips, HWND owner);
 
-  // Shows the form, disables the owner and runs its own message loop until Close() or the window is gone. Enter presses the
-  // default button, Escape the cancel button. The owner is enabled before the window goes.
+  // Shows the form, disables the owner and runs its own message loop until Close() or the window is gone.
+  // Enter presses the default button, Escape the cancel button. The owner is enabled before the window goes.
   void ShowModal(HWND owner);
   void Close();  // ends ShowModal and destroys the window; does nothing for a window that is gone
   // The dialog keys for a message of this form or its children (Tab, arrows, access keys, Enter, Escape).
@@ -100,7 +104,8 @@ class Form : public Window {
   LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
   // A notification of a control (WM_COMMAND with its window); `code` is BN_CLICKED, BN_SETFOCUS, EN_CHANGE, …
   virtual void OnControl(FormControl& /*control*/, UINT /*code*/) {}
-  // Places the controls that have a place. Called after creation, on a new DPI and by forms that lay out themselves.
+  // Places the controls that have a place. Called after creation, on a new DPI and by forms that lay out
+  // themselves.
   virtual void LayOut();
   // The font of controls without one of their own, for the present DPI.
   HFONT MessageFont();
@@ -124,8 +129,8 @@ class Form : public Window {
   HWND lastFocus_ = nullptr;    // the control that had the focus when the form was last left
 };
 
-// The message pump that the program's loops share: one message, with dialog keys for the form that holds the focus.
-// Returns false when it was WM_QUIT, which is posted again for the outer loop.
+// The message pump that the program's loops share: one message, with dialog keys for the form that holds the
+// focus. Returns false when it was WM_QUIT, which is posted again for the outer loop.
 bool PumpOneMessage(MSG& message);
 // Handles every message that waits, and returns. "Yields to the message loop."
 void DoEvents();

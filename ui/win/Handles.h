@@ -74,7 +74,8 @@ class ScopedFlag {
   bool before_;
 };
 
-// Switches a window's redrawing off, and on again with one repaint of everything. Nests: the outermost one counts.
+// Switches a window's redrawing off, and on again with one repaint of everything. Nests: the outermost one
+// counts.
 class RedrawOff {
  public:
   explicit RedrawOff(HWND window) : window_(window) {

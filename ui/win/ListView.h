@@ -18,7 +18,8 @@
 
 namespace kestrelon::win {
 
-// A row of the item list: five texts (columns 1 to 5; column 0 shows the icon alone) and a tag, in one piece of memory.
+// A row of the item list: five texts (columns 1 to 5; column 0 shows the icon alone) and a tag, in one piece
+// of memory.
 class ListRow {
  public:
   static constexpr std::size_t kColumns = 6;
@@ -38,13 +39,15 @@ class ListRow {
   std::array<std::uint32_t, 6> ends_ = {};  // where each piece ends in joined_
 };
 
-// The item list: a virtual report list over a vector of rows. Rows count from 0 here; columns from 0 (the icon column).
+// The item list: a virtual report list over a vector of rows. Rows count from 0 here; columns from 0 (the
+// icon column).
 class ListView {
  public:
   // shift: 1 Shift, 2 Ctrl, 4 Alt; button: 1 left, 2 right; points are client pixels.
   struct Events {
     std::function<void(std::size_t column)> columnClick;
-    std::function<void()> selectionChanged;  // the set of selected rows may have changed (once per user action)
+    // The set of selected rows may have changed: once per user action, never for our own changes.
+    std::function<void()> selectionChanged;
     std::function<void()> doubleClick;
     std::function<void(int keyCode, int shift)> keyDown;
     std::function<void(int button, int shift, POINT)> mouseDown, mouseMove, mouseUp;
@@ -85,16 +88,17 @@ class ListView {
   void RemoveRows(const std::vector<std::size_t>& ascendingRows);  // linear in the number of rows
   void Clear();
 
-  // One-shot stable sort by the text of a column, without regard to case, in the user's collation (as the control's own
-  // text sort). The selection and the focus stay with their rows.
+  // One-shot stable sort by the text of a column, without regard to case, in the user's collation (as the
+  // control's own text sort). The selection and the focus stay with their rows.
   void SortBy(std::size_t column, bool descending);
 
   // Selection.
   std::vector<std::size_t> SelectedRows() const;  // ascending
-  std::optional<std::size_t> SelectedRow() const; // the focused row if it is selected, else the first selected one
+  // The focused row if it is selected, else the first selected one.
+  std::optional<std::size_t> SelectedRow() const;
   bool IsSelected(std::size_t row) const;
   void Select(std::size_t row, bool selected);
-  void SelectOnly(std::size_t row);               // selected, focused and scrolled into view; everything else not
+  void SelectOnly(std::size_t row);  // selected, focused and scrolled into view; everything else not
   void SelectAll();
   void SelectNone();
   void EnsureVisible(std::size_t row);
@@ -106,8 +110,8 @@ class ListView {
  private:
   static LRESULT CALLBACK SubclassProcedure(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
   LRESULT OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam);
-  // A message straight to the control's own procedure: the way through what stands before it (our events, a tooltip's)
-  // can cost more than the work itself.
+  // A message straight to the control's own procedure: the way through what stands before it (our events, a
+  // tooltip's) can cost more than the work itself.
   LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const;
   template <class T>
   LRESULT Send(UINT message, WPARAM wParam, T* parameter) const {

@@ -17,8 +17,8 @@ class SharedConnection;
 
 namespace kestrelon::win {
 
-// The list's column widths, as the settings keep them. A width that the user did not change is written back with the
-// text it was read with, since 1/1440 inch does not survive the way through pixels.
+// The list's column widths, as the settings keep them. A width that the user did not change is written back
+// with the text it was read with, since 1/1440 inch does not survive the way through pixels.
 struct ColumnWidthTexts {
   std::wstring text[5];
   int pixels[5] = {-1, -1, -1, -1, -1};
@@ -36,18 +36,19 @@ struct MainParts {
   Toolbar& Toolbar1;
   Menus& menus;
   store::SharedConnection& connection;
-  HWND Text1 = nullptr;          // holds the focus when neither pane does
+  HWND Text1 = nullptr;  // holds the focus when neither pane does
   ColumnWidthTexts widthTexts{};
-  bool internalDrag = false;     // rows of our own list are being dragged
-  bool listDrag = false;         // the list's second drag flag
-  bool listPaneActive = false;   // the pane that last had the focus: list, or tree
-  bool listFindShown = false, treeFindShown = false, commentShown = false;  // tool dialogs that the user has open
+  bool internalDrag = false;    // rows of our own list are being dragged
+  bool listDrag = false;        // the list's second drag flag
+  bool listPaneActive = false;  // the pane that last had the focus: list, or tree
+  // Tool dialogs that the user has open.
+  bool listFindShown = false, treeFindShown = false, commentShown = false;
 };
 
 // The key of the current category; empty when none is.
 inline std::wstring CurrentCategory(const MainParts& parts) { return parts.StatusBar1.PanelText(2); }
-// Panels 1 and 2 together: panel 1 becomes "Category : " and `shownText` (a name or a path, empty for none), panel 2 the
-// key (empty: no category is current).
+// Panels 1 and 2 together: panel 1 becomes "Category : " and `shownText` (a name or a path, empty for none),
+// panel 2 the key (empty: no category is current).
 void SetCurrentCategory(MainParts& parts, const std::wstring& shownText, const std::wstring& key);
 // Panel 3: "12 Objects".
 void ShowObjectCount(MainParts& parts);

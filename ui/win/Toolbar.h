@@ -15,8 +15,8 @@ namespace kestrelon::win {
 class Toolbar {
  public:
   struct Button {
-    UINT id = 0;             // command identifier; 0 for a separator
-    int image = 0;           // position in the image list, from 0
+    UINT id = 0;    // command identifier; 0 for a separator
+    int image = 0;  // position in the image list, from 0
     std::wstring tip;
   };
   // Flat, with tooltips; the buttons are as large as the image list's pictures ask.

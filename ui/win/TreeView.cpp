@@ -64,7 +64,10 @@ void TreeView::Unlink(TreeNode& node) {
 
 TreeNode& TreeView::Add(TreeNode* relative, Relationship relationship, const std::wstring& key,
                         const std::wstring& text, int image, int selectedImage) {
-  if (!key.empty() && byKey_.contains(key))
+  auto made = std::make_unique<TreeNode>();
+  TreeNode& node = *made;
+  node.key_ = key;
+  if (!key.empty() && !byKey_.try_emplace(node.key_, &node).second)
     throw ControlError(kKeyNotUnique, "Key is not unique in collection");
   TreeNode* parent = nullptr;
   TreeNode* previous = lastRoot_;
@@ -84,15 +87,12 @@ TreeNode& TreeView::Add(TreeNode* relative, Relationship relationship, const std
     }
   }
 
-  nodes_.push_back(std::make_unique<TreeNode>());
-  TreeNode& node = *nodes_.back();
+  nodes_.push_back(std::move(made));
   node.view_ = this;
-  node.key_ = key;
   node.text_ = text;
   node.image_ = image;
   node.selectedImage_ = selectedImage;
   node.index_ = nodes_.size();
-  if (!key.empty()) byKey_.emplace(node.key_, &node);
   Link(node, parent, previous);
   InsertItem(node);
   return node;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -30,9 +31,9 @@ class ControlError : public std::runtime_error {
  private:
   int number_;
 };
-inline constexpr int kElementNotFound = 35601;   // no node with that key, or a relative that is none
-inline constexpr int kKeyNotUnique = 35602;      // the key is taken
-inline constexpr int kWouldMakeLoop = 35614;     // a node dropped on itself or on one of its descendants
+inline constexpr int kElementNotFound = 35601;  // no node with that key, or a relative that is none
+inline constexpr int kKeyNotUnique = 35602;     // the key is taken
+inline constexpr int kWouldMakeLoop = 35614;    // a node dropped on itself or on one of its descendants
 
 // Where a new node goes, seen from the relative node.
 enum class Relationship { kFirst = 0, kLast = 1, kNext = 2, kPrevious = 3, kChild = 4 };
@@ -62,19 +63,20 @@ class TreeNode {
   friend class TreeView;
   TreeView* view_ = nullptr;
   std::wstring key_, text_;
-  TreeNode *parent_ = nullptr, *firstChild_ = nullptr, *lastChild_ = nullptr, *next_ = nullptr, *previous_ = nullptr;
+  TreeNode *parent_ = nullptr, *firstChild_ = nullptr, *lastChild_ = nullptr, *next_ = nullptr,
+           *previous_ = nullptr;
   std::size_t index_ = 0, childCount_ = 0;
   int image_ = 0, selectedImage_ = 0;
   bool checked_ = false;
   HTREEITEM item_ = nullptr;
 };
 
-// The tree control with a model of its own: nodes with keys, in index order (the order of adding), in sibling order.
-// All look-ups by key, index, neighbour are constant in time.
+// The tree control with a model of its own: nodes with keys, in index order (the order of adding), in sibling
+// order. All look-ups by key, index, neighbour are constant in time.
 class TreeView {
  public:
-  // What happens in the tree, told to whoever owns it. Unset functions are not called. Points are client pixels;
-  // shift: 1 Shift, 2 Ctrl, 4 Alt; button: 1 left, 2 right.
+  // What happens in the tree, told to whoever owns it. Unset functions are not called. Points are client
+  // pixels; shift: 1 Shift, 2 Ctrl, 4 Alt; button: 1 left, 2 right.
   struct Events {
     std::function<void(TreeNode&)> nodeClick;  // clicked, or reached with the keyboard; not by Select()
     // The text as typed; return false to keep the old one. Not called when the edit was given up.
@@ -89,38 +91,39 @@ class TreeView {
   TreeView(const TreeView&) = delete;
   TreeView& operator=(const TreeView&) = delete;
 
-  // Makes the control: lines, buttons, editable labels, selection always shown. Label editing is manual at first.
+  // Makes the control: lines, buttons, editable labels, selection always shown. Label editing is manual at
+  // first.
   void Create(HWND parent, UINT id);
   HWND Handle() const { return handle_; }
   Events events;
 
-  // `relative` may be null: a top-level node (the last; kFirst makes it the first). Children go last. Images count from 1, 0 for none.
-  // Throws ControlError kKeyNotUnique.
-  TreeNode& Add(TreeNode* relative, Relationship relationship, const std::wstring& key, const std::wstring& text,
-                int image = 0, int selectedImage = 0);
+  // `relative` may be null: a top-level node (the last; kFirst makes it the first). Children go last. Images
+  // count from 1, 0 for none. Throws ControlError kKeyNotUnique.
+  TreeNode& Add(TreeNode* relative, Relationship relationship, const std::wstring& key,
+                const std::wstring& text, int image = 0, int selectedImage = 0);
   void Remove(TreeNode& node);  // with its subtree
   void Clear();
   // Makes `node`, with its subtree, the last child of `parent`. Throws ControlError kWouldMakeLoop.
   void SetParent(TreeNode& node, TreeNode& parent);
 
   std::size_t Count() const { return nodes_.size(); }
-  TreeNode& At(std::size_t index);                         // from 1
-  TreeNode* Find(const std::wstring& key);                 // null when there is none
+  TreeNode& At(std::size_t index);          // from 1
+  TreeNode* Find(const std::wstring& key);  // null when there is none
   TreeNode* FirstRoot() const { return firstRoot_; }
   TreeNode* Selected();
-  void Select(TreeNode* node);                             // null: nothing selected. Raises no nodeClick.
+  void Select(TreeNode* node);  // null: nothing selected. Raises no nodeClick.
   void EnsureVisible(TreeNode& node);
   void Expand(TreeNode& node);
-  TreeNode* HitTest(POINT client);                         // the node whose icon or text is there
+  TreeNode* HitTest(POINT client);  // the node whose icon or text is there
   void SetText(TreeNode& node, const std::wstring& text);
   void SetDropHighlight(TreeNode* node);
   TreeNode* DropHighlight();
-  RECT TextRectangle(TreeNode& node);                      // client pixels; empty when it is scrolled out
+  RECT TextRectangle(TreeNode& node);  // client pixels; empty when it is scrolled out
 
   // Manual: a click on the selected node never starts editing. Automatic: the control's own way.
   void SetAutomaticLabelEdit(bool automatic) { automaticLabelEdit_ = automatic; }
   bool AutomaticLabelEdit() const { return automaticLabelEdit_; }
-  void StartLabelEdit();                                   // on the selected node; needs the focus, and takes it
+  void StartLabelEdit();  // on the selected node; needs the focus, and takes it
   bool EditingLabel() const;
 
   void SetImageList(UniqueImageList images);
@@ -131,8 +134,8 @@ class TreeView {
   friend class TreeNode;
   static LRESULT CALLBACK SubclassProcedure(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
   LRESULT OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam);
-  // A message straight to the control's own procedure: the way through what stands before it (our events, a tooltip's)
-  // can cost more than the work itself.
+  // A message straight to the control's own procedure: the way through what stands before it (our events, a
+  // tooltip's) can cost more than the work itself.
   LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam) const;
   template <class T>
   LRESULT Send(UINT message, WPARAM wParam, T* parameter) const {
@@ -147,9 +150,12 @@ class TreeView {
   std::vector<TreeNode*> Subtree(TreeNode& node);  // itself first, parents before children, siblings in order
 
   HWND handle_ = nullptr;
-  WNDPROC procedure_ = nullptr;  // the control's own
+  WNDPROC procedure_ = nullptr;                   // the control's own
   std::vector<std::unique_ptr<TreeNode>> nodes_;  // index order
-  std::unordered_map<std::wstring_view, TreeNode*> byKey_;  // the views are of the nodes' own keys
+  // The views are of the nodes' own keys. A pool, since one allocation for every entry costs as much as the
+  // control does.
+  std::pmr::unsynchronized_pool_resource pool_;
+  std::pmr::unordered_map<std::wstring_view, TreeNode*> byKey_{&pool_};
   TreeNode *firstRoot_ = nullptr, *lastRoot_ = nullptr;
   TreeNode* dropHighlight_ = nullptr;
   TreeNode* pressedNode_ = nullptr;  // under the left button's press that is being handled

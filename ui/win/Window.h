@@ -14,13 +14,13 @@ struct WindowSpec {
   DWORD style = WS_OVERLAPPEDWINDOW;
   DWORD extendedStyle = 0;
   int x = CW_USEDEFAULT, y = CW_USEDEFAULT, width = CW_USEDEFAULT, height = CW_USEDEFAULT;
-  HWND owner = nullptr;   // owner of a top-level window, parent of a child
-  HMENU menu = nullptr;   // the window takes it over
+  HWND owner = nullptr;  // owner of a top-level window, parent of a child
+  HMENU menu = nullptr;  // the window takes it over
 };
 
-// A window of the program's own. The object owns the window and outlives it. It must stay where it is in memory while
-// the window lives. Every message goes through OnMessage; an exception that leaves it is shown in a box and goes no
-// further, since nothing may leave a window procedure.
+// A window of the program's own. The object owns the window and outlives it. It must stay where it is in
+// memory while the window lives. Every message goes through OnMessage; an exception that leaves it is shown
+// in a box and goes no further, since nothing may leave a window procedure.
 class Window {
  public:
   Window() = default;
@@ -50,13 +50,14 @@ class Window {
   unsigned dpi_ = 0;  // as the last WM_DPICHANGED said; 0 before the window is made
 };
 
-// What the last resort does with an exception that left a handler; the default shows a box. Tests make it a failure.
+// What the last resort does with an exception that left a handler; the default shows a box. Tests make it a
+// failure.
 using LastResort = void (*)(const char* what);
 LastResort SetLastResort(LastResort handler);  // returns the previous one
 void ReportToLastResort(const char* what);
 
-// Runs the body of a window procedure or another callback of Windows; an exception goes to the last resort, and
-// `onFailure` is returned.
+// Runs the body of a window procedure or another callback of Windows; an exception goes to the last resort,
+// and `onFailure` is returned.
 template <class Body>
 LRESULT Guarded(LRESULT onFailure, Body&& body) noexcept {
   try {

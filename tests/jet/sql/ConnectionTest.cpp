@@ -23,7 +23,8 @@ std::size_t Count(Connection& connection, std::u16string_view table = u"FTable")
 }
 
 void AddItem(Connection& connection, std::u16string_view index) {
-  connection.Execute(u"INSERT INTO FTable VALUES(\"K\",\"" + std::u16string(index) + u"\",\"n\",\"f\",\"l\",\"t\",'')");
+  connection.Execute(u"INSERT INTO FTable VALUES(\"K\",\"" + std::u16string(index) +
+                     u"\",\"n\",\"f\",\"l\",\"t\",'')");
 }
 
 std::vector<std::string> FaultsOf(const std::filesystem::path& path) {
@@ -43,7 +44,8 @@ class Connections : public ::testing::Test {
 TEST_F(Connections, FindTheirFileInTheConnectionString) {
   for (const std::u16string& text :
        {u"Provider=Microsoft.Jet.OLEDB.4.0;Persist Security Info=False;Data Source=" + path.u16string(),
-        u"data source = " + path.u16string() + u" ;Provider=x", u";;x;DATA SOURCE=" + path.u16string() + u";"}) {
+        u"data source = " + path.u16string() + u" ;Provider=x",
+        u";;x;DATA SOURCE=" + path.u16string() + u";"}) {
     connection.SetConnectionString(text);
     EXPECT_EQ(connection.ConnectionString(), text);
     connection.Open();
@@ -68,7 +70,8 @@ TEST_F(Connections, KeepTheirRowsFromOneOpeningToTheNext) {
 TEST_F(Connections, RefuseAMissingFile) {
   const std::filesystem::path missing = folder / "missing.dat";
   connection.SetConnectionString(ConnectionStringOf(missing));
-  ExpectError(code::kGeneric, u"Could not find file '" + missing.u16string() + u"'.", [&] { connection.Open(); });
+  ExpectError(code::kGeneric, u"Could not find file '" + missing.u16string() + u"'.",
+              [&] { connection.Open(); });
   EXPECT_EQ(connection.State(), 0);
   connection.SetConnectionString(u"");
   ExpectError(code::kGeneric, u"Could not find file ''.", [&] { connection.Open(); });
@@ -126,13 +129,16 @@ TEST_F(Connections, DoNotReadAnUnchangedFileAgain) {
   std::size_t reads = 0;
   class CountingFile final : public File {
    public:
-    CountingFile(std::unique_ptr<File> inner, std::size_t& reads) : inner_(std::move(inner)), reads_(&reads) {}
+    CountingFile(std::unique_ptr<File> inner, std::size_t& reads)
+        : inner_(std::move(inner)), reads_(&reads) {}
     std::uint64_t Size() const override { return inner_->Size(); }
     void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
       ++*reads_;
       inner_->ReadAt(offset, bytes);
     }
-    void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override { inner_->WriteAt(offset, bytes); }
+    void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+      inner_->WriteAt(offset, bytes);
+    }
     void Flush() override { inner_->Flush(); }
 
    private:
@@ -248,7 +254,8 @@ TEST_F(Connections, CloseAndReportAFailedWrite) {
       EXPECT_GT(writes, 2u);
       break;
     }
-    // Closed means closed: the object reads the file anew, and works if the stopped writing left a sound file.
+    // Closed means closed: the object reads the file anew, and works if the stopped writing left a sound
+    // file.
     failAfter = 1000000;
     try {
       failing.Open();
@@ -314,7 +321,8 @@ TEST_F(Compaction, RefusesADestinationThatExists) {
 
 TEST_F(Compaction, RefusesAnOpenOrMissingSource) {
   connection.Open();
-  ExpectError(code::kGeneric, u"Could not use '" + path.u16string() + u"'; file already in use.", [&] { Compact(); });
+  ExpectError(code::kGeneric, u"Could not use '" + path.u16string() + u"'; file already in use.",
+              [&] { Compact(); });
   connection.Close();
   std::filesystem::remove(path);
   ExpectError(code::kGeneric, u"Could not find file '" + path.u16string() + u"'.", [&] { Compact(); });

@@ -1,5 +1,4 @@
 #include "jet/sql/Convert.h"
-
 #include "tests/jet/sql/SqlTestSupport.h"
 
 namespace kestrelon::jet::sql {
@@ -13,7 +12,8 @@ Value Converted(ColumnType type, Value value, bool isDate = false) {
 }
 
 void ExpectMismatch(ColumnType type, const Value& value) {
-  ExpectError(code::kTypeMismatch, u"Data type mismatch in criteria expression.", [&] { Converted(type, value); });
+  ExpectError(code::kTypeMismatch, u"Data type mismatch in criteria expression.",
+              [&] { Converted(type, value); });
 }
 
 TEST(ConvertTo, WritesNumbersIntoTextsInDecimal) {
@@ -91,8 +91,8 @@ TEST(ToText, ShowsEveryType) {
   EXPECT_EQ(ToText(Value(46341.0), ColumnType::kDate), u"2026-11-15");
   EXPECT_EQ(ToText(Value(-1.25), ColumnType::kDate), u"1899-12-29 06:00:00");
   EXPECT_EQ(ToText(Value(Bytes{0x0A, 0xFF}), ColumnType::kBinary), u"0AFF");
-  EXPECT_EQ(ToText(Value(Bytes{0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66, 0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD,
-                               0xEE, 0xFF}),
+  EXPECT_EQ(ToText(Value(Bytes{0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66, 0x88, 0x99, 0xAA, 0xBB, 0xCC,
+                               0xDD, 0xEE, 0xFF}),
                    ColumnType::kGuid),
             u"{00112233-4455-6677-8899-AABBCCDDEEFF}");
 }

@@ -1,10 +1,9 @@
-#include "jet/sql/Lookups.h"
-
 #include <algorithm>
 #include <map>
 #include <random>
 #include <set>
 
+#include "jet/sql/Lookups.h"
 #include "jet/sql/RowSet.h"
 #include "tests/jet/sql/SqlTestSupport.h"
 
@@ -50,11 +49,12 @@ TEST(RowSet, HoldsWhatASetHoldsThroughRandomChanges) {
 class LookupsOfItems : public ::testing::Test {
  protected:
   void Insert(std::u16string_view node, std::u16string_view index) {
-    memory.Execute(u"INSERT INTO FTable (TreeviewNode, FileIndex) VALUES(\"" + std::u16string(node) + u"\",\"" +
-                   std::u16string(index) + u"\")");
+    memory.Execute(u"INSERT INTO FTable (TreeviewNode, FileIndex) VALUES(\"" + std::u16string(node) +
+                   u"\",\"" + std::u16string(index) + u"\")");
   }
   std::u16string Of(std::u16string_view node) {
-    return memory.Column(u"SELECT FileIndex FROM FTable WHERE TreeviewNode=\"" + std::u16string(node) + u"\"");
+    return memory.Column(u"SELECT FileIndex FROM FTable WHERE TreeviewNode=\"" + std::u16string(node) +
+                         u"\"");
   }
   MemoryDatabase memory;
 };
@@ -99,9 +99,12 @@ TEST_F(LookupsOfItems, ForgetWhatIsRolledBack) {
   Insert(u"M", u"2");
   EXPECT_EQ(Of(u"K"), u"1");
   memory.Execute(u"INSERT INTO FBackup (TreeviewNode, DefineName) VALUES('K', 'short')");
-  memory.Execute(u"INSERT INTO FBackup (TreeviewNode, DefineName) VALUES('K', '" + std::u16string(100, u'x') + u"')");
-  EXPECT_THROW(memory.Execute(u"INSERT INTO FTable (TreeviewNode, FileIndex) SELECT TreeviewNode, DefineName FROM FBackup"),
-               Error);
+  memory.Execute(u"INSERT INTO FBackup (TreeviewNode, DefineName) VALUES('K', '" + std::u16string(100, u'x') +
+                 u"')");
+  EXPECT_THROW(
+      memory.Execute(
+          u"INSERT INTO FTable (TreeviewNode, FileIndex) SELECT TreeviewNode, DefineName FROM FBackup"),
+      Error);
   EXPECT_EQ(Of(u"K"), u"1");
   EXPECT_THROW(memory.Execute(u"UPDATE FTable SET TreeviewNode='" + std::u16string(51, u'x') + u"'"), Error);
   EXPECT_EQ(Of(u"K"), u"1");
@@ -130,8 +133,8 @@ TEST_F(LookupsOfItems, CompareTheRowWhereHashesCollide) {
 
 TEST_F(LookupsOfItems, AgreeWithScansThroughRandomChanges) {
   std::mt19937 random(11);
-  const std::vector<std::u16string> nodes = {u"K1", u"k1 ", u"K2", u"a-b", u"ab-", u"stra\u00DFe", u"strasse", u"\u0436",
-                                             u"\u0416"};
+  const std::vector<std::u16string> nodes = {u"K1",          u"k1 ",     u"K2",     u"a-b",   u"ab-",
+                                             u"stra\u00DFe", u"strasse", u"\u0436", u"\u0416"};
   std::size_t next = 0;
   const auto node = [&] { return nodes[random() % nodes.size()]; };
   const auto index = [&] { return Decimal(random() % (next + 1)); };
@@ -140,7 +143,8 @@ TEST_F(LookupsOfItems, AgreeWithScansThroughRandomChanges) {
       case 0:
       case 1: Insert(node(), Decimal(next++)); break;
       case 2:
-        memory.Execute(u"UPDATE FTable SET TreeviewNode='" + node() + u"' WHERE FileIndex='" + index() + u"'");
+        memory.Execute(u"UPDATE FTable SET TreeviewNode='" + node() + u"' WHERE FileIndex='" + index() +
+                       u"'");
         break;
       case 3: memory.Execute(u"DELETE FROM FTable WHERE FileIndex='" + index() + u"'"); break;
       default: {

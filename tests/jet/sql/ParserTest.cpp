@@ -1,5 +1,4 @@
 #include "jet/sql/Parser.h"
-
 #include "tests/jet/sql/SqlTestSupport.h"
 
 namespace kestrelon::jet::sql {
@@ -28,7 +27,8 @@ std::u16string OpenString(const std::u16string& quoted) {
 constexpr std::u16string_view kInvalid =
     u"Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
 constexpr std::u16string_view kSelectFault =
-    u"The SELECT statement includes a reserved word or an argument name that is misspelled or missing, or the "
+    u"The SELECT statement includes a reserved word or an argument name that is misspelled or missing, or "
+    u"the "
     u"punctuation is incorrect.";
 constexpr std::u16string_view kFromFault = u"Syntax error in FROM clause.";
 constexpr std::u16string_view kInsertFault = u"Syntax error in INSERT INTO statement.";
@@ -52,7 +52,8 @@ TEST(Parse, TakesTheInsertOfAnItem) {
 }
 
 TEST(Parse, TakesDoubledQuotesForOneAndLeavesTheOtherQuoteAlone) {
-  const Statement statement = Parsed(u"INSERT INTO t VALUES(\"a\"\"b\",'a''b',\"it's\",'say \"hi\"',\"\"\"\",'''')");
+  const Statement statement =
+      Parsed(u"INSERT INTO t VALUES(\"a\"\"b\",'a''b',\"it's\",'say \"hi\"',\"\"\"\",'''')");
 
   EXPECT_EQ(TextValue(statement, 0), u"a\"b");
   EXPECT_EQ(TextValue(statement, 1), u"a'b");
@@ -77,7 +78,8 @@ TEST(Parse, ReadsConstantsOfEveryKind) {
 }
 
 TEST(Parse, IgnoresLetterCaseWhiteSpaceAndATrailingSemicolon) {
-  const Statement statement = Parsed(u"\t sElEcT\r\n*\nfrom\tFTABLE\nWHERE[FileIndex]=\"x\"order  by `i` desc ; ");
+  const Statement statement =
+      Parsed(u"\t sElEcT\r\n*\nfrom\tFTABLE\nWHERE[FileIndex]=\"x\"order  by `i` desc ; ");
 
   EXPECT_TRUE(statement.allColumns);
   EXPECT_EQ(statement.table, u"FTABLE");
@@ -126,28 +128,43 @@ TEST(Parse, RefusesUnknownVerbs) {
 }
 
 TEST(Parse, NamesABrokenInsert) {
-  for (const char16_t* text :
-       {u"INSERT", u"INSERT FTable VALUES(1)", u"INSERT INTO", u"INSERT INTO \"t\" VALUES(1)", u"INSERT INTO t",
-        u"INSERT INTO t VALUES", u"INSERT INTO t VALUES 1", u"INSERT INTO t VALUES()", u"INSERT INTO t VALUES(1",
-        u"INSERT INTO t VALUES(1,)", u"INSERT INTO t VALUES(,1)", u"INSERT INTO t VALUES(1+1)",
-        u"INSERT INTO t VALUES(-\"x\")", u"INSERT INTO t (a VALUES(1)", u"INSERT INTO t () VALUES(1)",
-        u"INSERT INTO t (a,) VALUES(1)", u"INSERT INTO t DELETE FROM u", u"INSERT INTO SELECT VALUES(1)",
-        u"INSERT INTO [] VALUES(1)", u"INSERT INTO [t VALUES(1)"}) {
+  for (const char16_t* text : {u"INSERT",
+                               u"INSERT FTable VALUES(1)",
+                               u"INSERT INTO",
+                               u"INSERT INTO \"t\" VALUES(1)",
+                               u"INSERT INTO t",
+                               u"INSERT INTO t VALUES",
+                               u"INSERT INTO t VALUES 1",
+                               u"INSERT INTO t VALUES()",
+                               u"INSERT INTO t VALUES(1",
+                               u"INSERT INTO t VALUES(1,)",
+                               u"INSERT INTO t VALUES(,1)",
+                               u"INSERT INTO t VALUES(1+1)",
+                               u"INSERT INTO t VALUES(-\"x\")",
+                               u"INSERT INTO t (a VALUES(1)",
+                               u"INSERT INTO t () VALUES(1)",
+                               u"INSERT INTO t (a,) VALUES(1)",
+                               u"INSERT INTO t DELETE FROM u",
+                               u"INSERT INTO SELECT VALUES(1)",
+                               u"INSERT INTO [] VALUES(1)",
+                               u"INSERT INTO [t VALUES(1)"}) {
     ExpectSyntaxError(text, kInsertFault);
   }
 }
 
 TEST(Parse, NamesABrokenUpdate) {
-  for (const char16_t* text : {u"UPDATE", u"UPDATE t", u"UPDATE t SET", u"UPDATE t SET a", u"UPDATE t SET a=",
-                               u"UPDATE t SET =1", u"UPDATE t SET a=,b=1", u"UPDATE t SET a=1,", u"UPDATE t SET a=1)",
-                               u"UPDATE t SET a<1", u"UPDATE t a=1", u"UPDATE t SET a=1 WHERE a=1 ORDER BY a"}) {
+  for (const char16_t* text :
+       {u"UPDATE", u"UPDATE t", u"UPDATE t SET", u"UPDATE t SET a", u"UPDATE t SET a=", u"UPDATE t SET =1",
+        u"UPDATE t SET a=,b=1", u"UPDATE t SET a=1,", u"UPDATE t SET a=1)", u"UPDATE t SET a<1",
+        u"UPDATE t a=1", u"UPDATE t SET a=1 WHERE a=1 ORDER BY a"}) {
     ExpectSyntaxError(text, kUpdateFault);
   }
 }
 
 TEST(Parse, NamesABrokenSelect) {
-  for (const char16_t* text : {u"SELECT FROM t", u"SELECT a, FROM t", u"SELECT a b FROM t", u"SELECT * a FROM t",
-                               u"SELECT \"x\" FROM t", u"SELECT a. FROM t", u"SELECT COUNT(*) FROM t"}) {
+  for (const char16_t* text :
+       {u"SELECT FROM t", u"SELECT a, FROM t", u"SELECT a b FROM t", u"SELECT * a FROM t",
+        u"SELECT \"x\" FROM t", u"SELECT a. FROM t", u"SELECT COUNT(*) FROM t"}) {
     ExpectSyntaxError(text, kSelectFault);
   }
   ExpectSyntaxError(u"SELECT", kSelectFault);
@@ -157,24 +174,26 @@ TEST(Parse, NamesABrokenSelect) {
 }
 
 TEST(Parse, NamesABrokenFromClause) {
-  for (const char16_t* text : {u"SELECT * FROM", u"SELECT * FROM \"t\"", u"SELECT * FROM t u", u"SELECT * FROM t,u",
-                               u"SELECT * FROM WHERE a=1", u"DELETE * t", u"DELETE FROM", u"DELETE FROM t u",
-                               u"DELETE a FROM t", u"DELETE FROM t ORDER BY a"}) {
+  for (const char16_t* text :
+       {u"SELECT * FROM", u"SELECT * FROM \"t\"", u"SELECT * FROM t u", u"SELECT * FROM t,u",
+        u"SELECT * FROM WHERE a=1", u"DELETE * t", u"DELETE FROM", u"DELETE FROM t u", u"DELETE a FROM t",
+        u"DELETE FROM t ORDER BY a"}) {
     ExpectSyntaxError(text, kFromFault);
   }
 }
 
 TEST(Parse, NamesABrokenOrderByClause) {
-  for (const char16_t* text : {u"SELECT * FROM t ORDER", u"SELECT * FROM t ORDER i", u"SELECT * FROM t ORDER BY",
-                               u"SELECT * FROM t ORDER BY i,", u"SELECT * FROM t ORDER BY i j",
-                               u"SELECT * FROM t ORDER BY \"i\"", u"SELECT * FROM t ORDER BY i DESC ASC"}) {
+  for (const char16_t* text :
+       {u"SELECT * FROM t ORDER", u"SELECT * FROM t ORDER i", u"SELECT * FROM t ORDER BY",
+        u"SELECT * FROM t ORDER BY i,", u"SELECT * FROM t ORDER BY i j", u"SELECT * FROM t ORDER BY \"i\"",
+        u"SELECT * FROM t ORDER BY i DESC ASC"}) {
     ExpectSyntaxError(text, u"Syntax error in ORDER BY clause.");
   }
 }
 
 TEST(Parse, NamesAnEmptyWhereClause) {
-  for (const char16_t* text : {u"SELECT * FROM t WHERE", u"SELECT * FROM t WHERE ORDER BY i", u"DELETE FROM t WHERE;",
-                               u"UPDATE t SET a=1 WHERE"}) {
+  for (const char16_t* text : {u"SELECT * FROM t WHERE", u"SELECT * FROM t WHERE ORDER BY i",
+                               u"DELETE FROM t WHERE;", u"UPDATE t SET a=1 WHERE"}) {
     ExpectSyntaxError(text, u"Syntax error in WHERE clause.");
   }
 }
@@ -212,8 +231,8 @@ TEST(Parse, BlamesFaultyDatesOnTheirExpression) {
 }
 
 TEST(Parse, BlamesAnIncompleteConditionOnAMissingOperator) {
-  for (const char16_t* text : {u"a=", u"=1", u"a=1 AND", u"NOT", u"(a=1", u"a=1)", u"a b", u"a=1 b=2", u"a IS 1",
-                               u"a LIKE 'x'", u"a==1", u"a=1 +1", u"a!b", u"t.=1"}) {
+  for (const char16_t* text : {u"a=", u"=1", u"a=1 AND", u"NOT", u"(a=1", u"a=1)", u"a b", u"a=1 b=2",
+                               u"a IS 1", u"a LIKE 'x'", u"a==1", u"a=1 +1", u"a!b", u"t.=1"}) {
     ExpectSyntaxError(u"SELECT * FROM t WHERE " + std::u16string(text), MissingOperator(text));
   }
 }
@@ -225,7 +244,8 @@ TEST(Parse, RefusesNestingBeyondItsLimit) {
   EXPECT_NO_THROW(Parsed(nested(kMaxDepth)));
   ExpectSyntaxError(nested(kMaxDepth + 1), u"Query is too complex.");
   ExpectSyntaxError(nested(30000), u"Query is too complex.");
-  ExpectSyntaxError(u"SELECT * FROM t WHERE a=" + std::u16string(30000, u'-') + u"1", u"Query is too complex.");
+  ExpectSyntaxError(u"SELECT * FROM t WHERE a=" + std::u16string(30000, u'-') + u"1",
+                    u"Query is too complex.");
 
   std::u16string negations = u"SELECT * FROM t WHERE ";
   for (int i = 0; i < 10000; ++i) negations += u"NOT ";
@@ -240,7 +260,9 @@ TEST(Parse, TakesLongChainsWithoutNesting) {
 
 TEST(Parse, RefusesStatementsBeyondTheirLimit) {
   const std::u16string head = u"UPDATE t SET a=\"";
-  const auto statement = [&head](std::size_t size) { return head + std::u16string(size - head.size() - 1, u'x') + u'"'; };
+  const auto statement = [&head](std::size_t size) {
+    return head + std::u16string(size - head.size() - 1, u'x') + u'"';
+  };
   EXPECT_NO_THROW(Parsed(statement(kMaxStatement)));
   ExpectSyntaxError(statement(kMaxStatement + 1),
                     u"The SQL statement is too long: it has more than 68,000 characters.");

@@ -10,7 +10,8 @@ using sqltest::MakeDatabaseFile;
 using sqltest::ScopedTestDir;
 
 constexpr std::u16string_view kNoRow =
-    u"Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current "
+    u"Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a "
+    u"current "
     u"record.";
 constexpr std::u16string_view kClosed = u"Operation is not allowed when the object is closed.";
 constexpr std::u16string_view kOpen = u"Operation is not allowed when the object is open.";
@@ -25,8 +26,8 @@ class Recordsets : public ::testing::Test {
   }
   void AddCategories() {
     for (const char16_t* key : {u"a", u"b", u"c"}) {
-      connection.Execute(u"INSERT INTO TreeviewTable (parent, key, text) VALUES(\"0_\",\"" + std::u16string(key) +
-                         u"\",\" T" + key + u" \")");
+      connection.Execute(u"INSERT INTO TreeviewTable (parent, key, text) VALUES(\"0_\",\"" +
+                         std::u16string(key) + u"\",\" T" + key + u" \")");
     }
   }
   ScopedTestDir folder;
@@ -151,7 +152,8 @@ TEST_F(Recordsets, ReportATooLongTextWithTheGenericCode) {
   rows.AddNew();
   rows.SetField(u"key", std::u16string(51, u'x'));
   ExpectError(code::kGeneric,
-              u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting less "
+              u"The field is too small to accept the amount of data you attempted to add. Try inserting or "
+              u"pasting less "
               u"data.",
               [&] { rows.Update(); });
   rows.SetField(u"key", std::u16string(50, u'x'));

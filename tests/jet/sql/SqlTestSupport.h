@@ -21,7 +21,9 @@
 namespace kestrelon::jet {
 
 // Lets the messages of failed expectations be read.
-inline std::ostream& operator<<(std::ostream& out, RowId row) { return out << static_cast<std::uint32_t>(row); }
+inline std::ostream& operator<<(std::ostream& out, RowId row) {
+  return out << static_cast<std::uint32_t>(row);
+}
 
 namespace sqltest {
 

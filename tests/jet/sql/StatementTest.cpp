@@ -9,7 +9,8 @@ using sqltest::MemoryDatabase;
 constexpr std::u16string_view kMismatch = u"Data type mismatch in criteria expression.";
 constexpr std::u16string_view kParameter = u"No value given for one or more required parameters.";
 constexpr std::u16string_view kTooSmall =
-    u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting less data.";
+    u"The field is too small to accept the amount of data you attempted to add. Try inserting or pasting "
+    u"less data.";
 
 class Statements : public ::testing::Test {
  protected:
@@ -39,9 +40,11 @@ class Statements : public ::testing::Test {
 };
 
 TEST_F(Statements, InsertStoresValuesAsGiven) {
-  EXPECT_EQ(memory.Execute(u"INSERT INTO FTable VALUES(\"K12\",\"1#K12\",\" it's \",\"a\tb\",\"\u0436\u6F22\xD83D\xDE00\","
-                           u"\"15/11/2026 13:20:05\",'')"),
-            1u);
+  EXPECT_EQ(
+      memory.Execute(
+          u"INSERT INTO FTable VALUES(\"K12\",\"1#K12\",\" it's \",\"a\tb\",\"\u0436\u6F22\xD83D\xDE00\","
+          u"\"15/11/2026 13:20:05\",'')"),
+      1u);
 
   const std::vector<std::vector<std::u16string>> expected = {
       {u"K12", u"1#K12", u" it's ", u"a\tb", u"\u0436\u6F22\xD83D\xDE00", u"15/11/2026 13:20:05", u""}};
@@ -67,14 +70,16 @@ TEST_F(Statements, InsertNeedsAsManyValuesAsColumns) {
   ExpectFailure(code::kSyntax, expected, u"INSERT INTO FTable VALUES('a','b')");
   ExpectFailure(code::kSyntax, expected, u"INSERT INTO FTable VALUES(1,2,3,4,5,6,7,8)");
   ExpectFailure(code::kSyntax, expected, u"INSERT INTO FTable (FileIndex) VALUES(1,2)");
-  ExpectFailure(code::kSyntax, expected, u"INSERT INTO FTable (FileIndex) SELECT parent, key FROM TreeviewTable");
+  ExpectFailure(code::kSyntax, expected,
+                u"INSERT INTO FTable (FileIndex) SELECT parent, key FROM TreeviewTable");
 }
 
 TEST_F(Statements, InsertNamesAnUnknownColumnOfItsList) {
-  ExpectFailure(code::kSyntax,
-                u"The INSERT INTO statement contains the following unknown field name: 'Nmae'. Make sure you have "
-                u"typed the name correctly, and try the operation again.",
-                u"INSERT INTO FTable (Nmae) VALUES(1)");
+  ExpectFailure(
+      code::kSyntax,
+      u"The INSERT INTO statement contains the following unknown field name: 'Nmae'. Make sure you have "
+      u"typed the name correctly, and try the operation again.",
+      u"INSERT INTO FTable (Nmae) VALUES(1)");
 }
 
 TEST_F(Statements, InsertAndUpdateRefuseAColumnNamedTwice) {
@@ -92,7 +97,8 @@ TEST_F(Statements, InsertTakesABareNameForAParameterWithoutValue) {
 TEST_F(Statements, RefuseATextLongerThanItsColumnAndCutNothing) {
   AddItems();
   const std::u16string longText(256, u'x');
-  ExpectFailure(code::kTooLong, kTooSmall, u"INSERT INTO FTable VALUES('','','" + longText + u"','','','','')");
+  ExpectFailure(code::kTooLong, kTooSmall,
+                u"INSERT INTO FTable VALUES('','','" + longText + u"','','','','')");
   ExpectFailure(code::kTooLong, kTooSmall, u"UPDATE FTable SET DefineName='" + longText + u"'");
 
   EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable"), u"a b c d e");
@@ -113,8 +119,10 @@ TEST_F(Statements, StoreTheLongestCommentThereIs) {
 
 TEST_F(Statements, SelectGivesColumnsAsListedAndRowsInPhysicalOrder) {
   AddItems();
-  const std::vector<std::vector<std::u16string>> expected = {{u"1#K1", u"K1"}, {u"2#K1", u"K1"}, {u"3#K1", u"K1"}};
-  EXPECT_EQ(memory.Rows(u"SELECT FileIndex, FTable.TREEVIEWNODE FROM FTable WHERE TreeviewNode=\"K1\""), expected);
+  const std::vector<std::vector<std::u16string>> expected = {
+      {u"1#K1", u"K1"}, {u"2#K1", u"K1"}, {u"3#K1", u"K1"}};
+  EXPECT_EQ(memory.Rows(u"SELECT FileIndex, FTable.TREEVIEWNODE FROM FTable WHERE TreeviewNode=\"K1\""),
+            expected);
 }
 
 TEST_F(Statements, NamesAreFoundInAnyLetterCase) {
@@ -160,8 +168,8 @@ TEST_F(Statements, ConditionsThatMeetNullSelectNothing) {
 }
 
 TEST_F(Statements, ConditionsRefuseToCompareTextsWithNumbers) {
-  for (const char16_t* condition : {u"key=1", u"1=key", u"i='12'", u"i='x'", u"'1'=1", u"key", u"NOT key", u"-key=1",
-                                    u"key='a' AND text"}) {
+  for (const char16_t* condition : {u"key=1", u"1=key", u"i='12'", u"i='x'", u"'1'=1", u"key", u"NOT key",
+                                    u"-key=1", u"key='a' AND text"}) {
     const std::u16string where = u" WHERE " + std::u16string(condition);
     ExpectSelectFailure(code::kTypeMismatch, kMismatch, u"SELECT * FROM TreeviewTable" + where);
     ExpectFailure(code::kTypeMismatch, kMismatch, u"DELETE FROM TreeviewTable" + where);
@@ -186,7 +194,8 @@ TEST_F(Statements, UnknownNamesAreParametersWithoutValue) {
 
 TEST_F(Statements, UnknownTablesAreNamed) {
   const std::u16string_view expected =
-      u"The Microsoft Jet database engine cannot find the input table or query 'FTabel'. Make sure it exists and that "
+      u"The Microsoft Jet database engine cannot find the input table or query 'FTabel'. Make sure it exists "
+      u"and that "
       u"its name is spelled correctly.";
   ExpectSelectFailure(code::kNoSuchTable, expected, u"SELECT * FROM FTabel");
   ExpectFailure(code::kNoSuchTable, expected, u"INSERT INTO FTabel VALUES(1)");
@@ -217,9 +226,12 @@ TEST_F(Statements, OrderBySortsTextsByTheirKeysWithNullsFirst) {
 
 TEST_F(Statements, OrderByTakesSeveralColumnsAndKeepsEqualRowsInOrder) {
   AddItems();
-  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable ORDER BY TreeviewNode DESC, InsertTime ASC"), u"b d a c e");
-  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable ORDER BY InsertTime DESC, DefineName DESC"), u"e d b c a");
-  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable WHERE TreeviewNode='K1' ORDER BY InsertTime DESC"), u"e a c");
+  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable ORDER BY TreeviewNode DESC, InsertTime ASC"),
+            u"b d a c e");
+  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable ORDER BY InsertTime DESC, DefineName DESC"),
+            u"e d b c a");
+  EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable WHERE TreeviewNode='K1' ORDER BY InsertTime DESC"),
+            u"e a c");
 }
 
 TEST_F(Statements, OrderBySortsNumbersByValue) {
@@ -234,9 +246,10 @@ TEST_F(Statements, OrderBySortsNumbersByValue) {
 TEST_F(Statements, UpdateChangesTheMatchingRowsAndCountsThem) {
   AddItems();
   EXPECT_EQ(memory.Execute(u"UPDATE FTable SET TreeviewNode=\"K3\" WHERE FileIndex=\"2#K1\""), 1u);
-  EXPECT_EQ(memory.Execute(u"UPDATE FTable SET Filename=\"f\",LocalFile=\"l\",InsertTime=\"n\",Comment=\"c\"WHERE "
-                           u"FileIndex=\"1#K2\""),
-            1u);
+  EXPECT_EQ(
+      memory.Execute(u"UPDATE FTable SET Filename=\"f\",LocalFile=\"l\",InsertTime=\"n\",Comment=\"c\"WHERE "
+                     u"FileIndex=\"1#K2\""),
+      1u);
   EXPECT_EQ(memory.Execute(u"UPDATE FTable SET InsertTime=DefineName"), 5u);
   EXPECT_EQ(memory.Execute(u"UPDATE FTable SET Comment='' WHERE FileIndex='none'"), 0u);
 
@@ -262,9 +275,11 @@ TEST_F(Statements, UpdateConvertsNumbersForTextsAndTextsForNumbers) {
 
 TEST_F(Statements, EveryTypeComparesByValue) {
   memory.Execute(u"INSERT INTO Types VALUES(TRUE,1,-2,3,4.5,0.5,6.25,#2026-11-15 06:00#,'x','m')");
-  for (const char16_t* condition : {u"b=TRUE", u"b=-1", u"y=1", u"n=-2", u"n<0", u"l>=3", u"c=4.5", u"c>4", u"s=0.5",
-                                    u"d=6.25", u"t=#11/15/2026 6:00:00 AM#", u"t<#2027-01-01#", u"-l=-3", u"l=3.0"}) {
-    EXPECT_EQ(memory.Column(u"SELECT x FROM Types WHERE " + std::u16string(condition)), u"x") << ToUtf8(condition);
+  for (const char16_t* condition :
+       {u"b=TRUE", u"b=-1", u"y=1", u"n=-2", u"n<0", u"l>=3", u"c=4.5", u"c>4", u"s=0.5", u"d=6.25",
+        u"t=#11/15/2026 6:00:00 AM#", u"t<#2027-01-01#", u"-l=-3", u"l=3.0"}) {
+    EXPECT_EQ(memory.Column(u"SELECT x FROM Types WHERE " + std::u16string(condition)), u"x")
+        << ToUtf8(condition);
   }
 }
 
@@ -284,13 +299,17 @@ TEST_F(Statements, InsertFromSelectCopiesByName) {
   EXPECT_EQ(memory.Rows(u"SELECT * FROM FBackup"), memory.Rows(u"SELECT * FROM FTable"));
 
   memory.Execute(u"DELETE FROM FBackup");
-  EXPECT_EQ(memory.Execute(u"INSERT INTO FBackup SELECT Comment, FileIndex FROM FTable WHERE DefineName='b'"), 1u);
-  EXPECT_EQ(memory.Column(u"SELECT FileIndex FROM FBackup WHERE Comment='x' AND TreeviewNode IS NULL"), u"1#K2");
+  EXPECT_EQ(memory.Execute(u"INSERT INTO FBackup SELECT Comment, FileIndex FROM FTable WHERE DefineName='b'"),
+            1u);
+  EXPECT_EQ(memory.Column(u"SELECT FileIndex FROM FBackup WHERE Comment='x' AND TreeviewNode IS NULL"),
+            u"1#K2");
 }
 
 TEST_F(Statements, InsertFromSelectWithAListCopiesByPosition) {
   AddItems();
-  memory.Execute(u"INSERT INTO TreeviewTable (text, key) SELECT DefineName, FileIndex FROM FTable ORDER BY DefineName DESC");
+  memory.Execute(
+      u"INSERT INTO TreeviewTable (text, key) SELECT DefineName, FileIndex FROM FTable ORDER BY DefineName "
+      u"DESC");
   EXPECT_EQ(memory.Column(u"SELECT text FROM TreeviewTable ORDER BY i"), u"e d c b a");
   EXPECT_EQ(memory.Column(u"SELECT key FROM TreeviewTable WHERE i=1"), u"3#K1");
 }
@@ -303,10 +322,11 @@ TEST_F(Statements, InsertFromSelectOfTheSameTableDoublesIt) {
 
 TEST_F(Statements, InsertFromSelectNamesAColumnThatTheTargetLacks) {
   AddItems();
-  ExpectFailure(code::kSyntax,
-                u"The INSERT INTO statement contains the following unknown field name: 'TreeviewNode'. Make sure you "
-                u"have typed the name correctly, and try the operation again.",
-                u"INSERT INTO TreeviewTable SELECT * FROM FTable");
+  ExpectFailure(
+      code::kSyntax,
+      u"The INSERT INTO statement contains the following unknown field name: 'TreeviewNode'. Make sure you "
+      u"have typed the name correctly, and try the operation again.",
+      u"INSERT INTO TreeviewTable SELECT * FROM FTable");
 }
 
 TEST_F(Statements, InsertDrawsAutonumbersAndTakesGivenOnes) {
@@ -326,9 +346,10 @@ TEST_F(Statements, RefuseADuplicateOfAPrimaryKey) {
     FAIL() << "no error";
   } catch (const Error& error) {
     EXPECT_EQ(error.Number(), code::kGeneric);
-    EXPECT_TRUE(error.Description().starts_with(u"The changes you requested to the table were not successful because "
-                                                u"they would create duplicate values in the index, primary key, or "
-                                                u"relationship."))
+    EXPECT_TRUE(
+        error.Description().starts_with(u"The changes you requested to the table were not successful because "
+                                        u"they would create duplicate values in the index, primary key, or "
+                                        u"relationship."))
         << error.what();
   }
   EXPECT_EQ(memory.Column(u"SELECT key FROM TreeviewTable"), u"a");
@@ -341,7 +362,8 @@ TEST_F(Statements, AnInsertFromSelectThatFailsInTheMiddleLeavesNothing) {
   memory.Execute(u"UPDATE FTable SET Comment='" + longComment + u"' WHERE DefineName='e'");
   memory.Execute(u"INSERT INTO TreeviewTable (key) VALUES('before')");
 
-  ExpectFailure(code::kTooLong, kTooSmall, u"INSERT INTO TreeviewTable (key, text) SELECT FileIndex, Comment FROM FTable");
+  ExpectFailure(code::kTooLong, kTooSmall,
+                u"INSERT INTO TreeviewTable (key, text) SELECT FileIndex, Comment FROM FTable");
 
   EXPECT_EQ(memory.Column(u"SELECT key FROM TreeviewTable"), u"before");
   memory.Execute(u"INSERT INTO TreeviewTable (key) VALUES('after')");

@@ -1,5 +1,3 @@
-#include "jet/sql/TextCompare.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +6,7 @@
 #include <vector>
 
 #include "jet/TextKey.h"
+#include "jet/sql/TextCompare.h"
 
 namespace kestrelon::jet::sql {
 namespace {
@@ -77,7 +76,8 @@ TEST(CompareTexts, SortsPunctuationDigitsLettersThenCharactersWithoutAKey) {
   std::vector<std::u16string> texts = {u"\u0436", u"b", u"A", u"1", u"!", u"", u"\u00E0", u"a-", u"ab"};
   std::sort(texts.begin(), texts.end(),
             [](const std::u16string& a, const std::u16string& b) { return CompareTexts(a, b) < 0; });
-  EXPECT_EQ(texts, (std::vector<std::u16string>{u"", u"!", u"1", u"A", u"a-", u"\u00E0", u"ab", u"b", u"\u0436"}));
+  EXPECT_EQ(texts,
+            (std::vector<std::u16string>{u"", u"!", u"1", u"A", u"a-", u"\u00E0", u"ab", u"b", u"\u0436"}));
 }
 
 TEST(CompareTexts, PutsAMixedTextBesideItsLatinPart) {
@@ -86,9 +86,9 @@ TEST(CompareTexts, PutsAMixedTextBesideItsLatinPart) {
 }
 
 TEST(CompareTexts, AgreesWithTheIndexKeysWhereThereAreAny) {
-  const std::vector<std::u16string> texts = {u"",   u"a",      u"A ",     u"b",   u"a-b", u"ab",  u"a'b", u"\u00E4",
-                                             u"ae", u"\u00E6", u"\u00DF", u"ss",  u"S",   u"1",   u"\u00B9", u"_",
-                                             u"~",  u"\t",     u"a\nb",   u" a",  u"a a", u"K12_", u"1#K12_"};
+  const std::vector<std::u16string> texts = {
+      u"",  u"a", u"A ",     u"b", u"a-b", u"ab", u"a'b",  u"\u00E4", u"ae",  u"\u00E6", u"\u00DF", u"ss",
+      u"S", u"1", u"\u00B9", u"_", u"~",   u"\t", u"a\nb", u" a",     u"a a", u"K12_",   u"1#K12_"};
   for (const std::u16string& a : texts) {
     for (const std::u16string& b : texts) {
       EXPECT_EQ(Sign(CompareTexts(a, b)), Sign(EncodeTextKey(a)->compare(*EncodeTextKey(b))));
@@ -104,7 +104,8 @@ TEST(CompareTexts, IsAConsistentOrderOverRandomTexts) {
   std::vector<std::u16string> texts;
   for (int i = 0; i < 250; ++i) {
     std::u16string text;
-    for (std::size_t length = random() % 6; length > 0; --length) text += alphabet[random() % alphabet.size()];
+    for (std::size_t length = random() % 6; length > 0; --length)
+      text += alphabet[random() % alphabet.size()];
     texts.push_back(text);
   }
   for (const std::u16string& a : texts) {

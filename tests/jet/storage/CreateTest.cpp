@@ -93,8 +93,8 @@ TEST(CreateDatabase, MakesColumnsOfEveryType) {
 TEST(CreateDatabase, SpreadsALargeDefinitionOverSeveralPages) {
   NewTable wide{u"Wide", {}, u""};
   for (int i = 0; i < 255; ++i) {
-    wide.columns.push_back({u"A column with a rather long name, number " + FromUtf8(std::to_string(i)),
-                            ColumnType::kText, 10});
+    wide.columns.push_back(
+        {u"A column with a rather long name, number " + FromUtf8(std::to_string(i)), ColumnType::kText, 10});
   }
   const ByteVector bytes = CreateInMemory({wide});
   const auto database = OpenInMemory(bytes);

@@ -1,10 +1,10 @@
-#include "jet/DataPage.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstring>
+
+#include "jet/DataPage.h"
 
 namespace kestrelon::jet {
 namespace {

@@ -1,8 +1,7 @@
-#include "jet/File.h"
-
 #include <array>
 #include <fstream>
 
+#include "jet/File.h"
 #include "tests/jet/storage/Support.h"
 
 namespace kestrelon::jet {
@@ -98,7 +97,8 @@ TEST(FileStamp, ChangesWithTheFile) {
 
 TEST(Open, RefusesWhatIsNoJet4Database) {
   const auto bytes = CreateInMemory({});
-  for (const std::size_t offset : {std::size_t{4}, std::size_t{0x14}, std::size_t{0x3E}}) {  // name, version, key
+  for (const std::size_t offset :
+       {std::size_t{4}, std::size_t{0x14}, std::size_t{0x3E}}) {  // name, version, key
     const auto damaged = CopyOf(bytes);
     (*damaged)[offset] ^= 1;
     EXPECT_THROW(OpenInMemory(damaged), CorruptFile) << offset;

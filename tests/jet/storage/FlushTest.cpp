@@ -9,12 +9,14 @@ std::vector<Row> AllRows(const ByteVector& bytes) {
   return rows;
 }
 
-// Makes changes to copies of `before`, letting the flush fail at its first, second, ... write until it succeeds.
-// Calls `stopped(bytes)` with what each failure leaves, and returns the finished file.
-ByteVector FailAtEveryWrite(const ByteVector& before, std::size_t tornBytes, const auto& change, const auto& stopped) {
+// Makes changes to copies of `before`, letting the flush fail at its first, second, ... write until it
+// succeeds. Calls `stopped(bytes)` with what each failure leaves, and returns the finished file.
+ByteVector FailAtEveryWrite(const ByteVector& before, std::size_t tornBytes, const auto& change,
+                            const auto& stopped) {
   for (std::size_t writes = 0;; ++writes) {
     const ByteVector bytes = CopyOf(before);
-    const auto database = Database::Open(OpenFailingFile(OpenMemoryFile(bytes), writes, tornBytes), u"failing");
+    const auto database =
+        Database::Open(OpenFailingFile(OpenMemoryFile(bytes), writes, tornBytes), u"failing");
     change(*database);
     try {
       database->Flush();
@@ -55,7 +57,9 @@ TEST(Flush, ReplacesATablesRowsWholeOrNotAtAll) {
   EXPECT_TRUE(AllRows(after) == newRows);
 }
 
-TEST(Flush, LeavesEveryRowInItsOldOrItsNewStateWhereItStops) {
+// A memo that shares its page with others and is replaced may be gone before its row says so: then reading is
+// refused.
+TEST(Flush, LeavesEveryRowInItsOldOrItsNewStateOrRefusedWhereItStops) {
   const ByteVector before = FileWithRows(0, 100);
   const std::vector<Row> oldRows = AllRows(before);
   std::vector<Row> newRows = oldRows;
@@ -75,7 +79,13 @@ TEST(Flush, LeavesEveryRowInItsOldOrItsNewStateWhereItStops) {
         database.OpenTable(u"TreeviewTable").Insert(Row(4));
       },
       [&](const ByteVector& bytes, std::size_t writes) {
-        const std::vector<Row> rows = AllRows(bytes);
+        std::vector<Row> rows;
+        try {
+          rows = AllRows(bytes);
+        } catch (const CorruptFile&) {
+          EXPECT_THAT(OpenInMemory(bytes)->Check(), testing::Not(testing::IsEmpty()));
+          return;
+        }
         for (std::size_t i = 0; i < rows.size(); ++i) {
           EXPECT_TRUE(rows[i] == newRows[i] || (i < oldRows.size() && rows[i] == oldRows[i]))
               << "row " << i << ", stopped at write " << writes;

@@ -1,11 +1,10 @@
-#include "jet/Index.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 
+#include "jet/Index.h"
 #include "jet/Layout.h"
 #include "jet/UsageMap.h"
 
@@ -48,7 +47,9 @@ TEST(IndexKey, IsTheOneThatAccessWrites) {
   EXPECT_EQ(Hex(KeyOf(ColumnType::kBoolean, true)), "7f00");
   EXPECT_EQ(Hex(KeyOf(ColumnType::kBoolean, false)), "7fff");
   EXPECT_EQ(Hex(KeyOf(ColumnType::kBinary, Bytes{1, 2, 3})), "7f010203000000000003");
-  EXPECT_EQ(Hex(KeyOf(ColumnType::kBinary, Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9})), "7f0102030405060708090900000000000000" "01");
+  EXPECT_EQ(Hex(KeyOf(ColumnType::kBinary, Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9})),
+            "7f0102030405060708090900000000000000"
+            "01");
 }
 
 TEST(IndexKey, SortsAsItsValueDoes) {
@@ -56,9 +57,11 @@ TEST(IndexKey, SortsAsItsValueDoes) {
   for (std::size_t i = 1; i < std::size(doubles); ++i) {
     EXPECT_LT(KeyOf(ColumnType::kDouble, doubles[i - 1]), KeyOf(ColumnType::kDouble, doubles[i]));
     EXPECT_LT(KeyOf(ColumnType::kSingle, -1.0 / double(i)), KeyOf(ColumnType::kSingle, -1.0 / double(i + 1)));
-    EXPECT_GT(KeyOf(ColumnType::kDouble, doubles[i - 1], false), KeyOf(ColumnType::kDouble, doubles[i], false));
+    EXPECT_GT(KeyOf(ColumnType::kDouble, doubles[i - 1], false),
+              KeyOf(ColumnType::kDouble, doubles[i], false));
   }
-  EXPECT_LT(KeyOf(ColumnType::kCurrency, std::int64_t{-10000}), KeyOf(ColumnType::kCurrency, std::int64_t{5}));
+  EXPECT_LT(KeyOf(ColumnType::kCurrency, std::int64_t{-10000}),
+            KeyOf(ColumnType::kCurrency, std::int64_t{5}));
   EXPECT_LT(KeyOf(ColumnType::kInteger, std::int32_t{-1}), KeyOf(ColumnType::kInteger, std::int32_t{0}));
   EXPECT_LT(KeyOf(ColumnType::kByte, std::int32_t{1}), KeyOf(ColumnType::kByte, std::int32_t{200}));
   Bytes minusTwo(17), minusOne(17), two(17);
@@ -126,7 +129,8 @@ TEST(Index, BearsKeysOfAllLengths) {
   IndexEntries entries;
   std::vector<std::pair<std::string, RowId>> expected;
   for (std::uint32_t i = 0; i < 3000; ++i) {
-    std::string key = KeyOf(ColumnType::kText, std::u16string(i % 255, u'a') + FromUtf8(std::to_string(i % 13)));
+    std::string key =
+        KeyOf(ColumnType::kText, std::u16string(i % 255, u'a') + FromUtf8(std::to_string(i % 13)));
     if (i % 100 == 0) key += KeyOf(ColumnType::kText, std::u16string(255, u'_'));
     entries.Add(key, RowId{i});
     expected.emplace_back(key, RowId{i});
@@ -142,7 +146,8 @@ TEST(Index, KeepsItsRootAndOwnsThePagesOfItsTree) {
   const std::uint32_t root = fixture.index.root;
   for (const std::uint32_t count : {5000u, 10u, 8000u}) {
     IndexEntries entries;
-    for (std::uint32_t i = 0; i < count; ++i) entries.Add(KeyOf(ColumnType::kLong, static_cast<std::int32_t>(i)), RowId{i});
+    for (std::uint32_t i = 0; i < count; ++i)
+      entries.Add(KeyOf(ColumnType::kLong, static_cast<std::int32_t>(i)), RowId{i});
     entries.Sort();
     BuildIndex(fixture.pager, kDefinition, fixture.index, entries);
     std::vector<std::uint32_t> pages;
@@ -166,7 +171,8 @@ TEST(Index, RefusesAKeyLongerThanHalfAPage) {
 TEST(Index, IsRefusedWhenANodeLeadsBackToItself) {
   TreeFixture fixture;
   IndexEntries entries;
-  for (std::uint32_t i = 0; i < 5000; ++i) entries.Add(KeyOf(ColumnType::kLong, static_cast<std::int32_t>(i)), RowId{i});
+  for (std::uint32_t i = 0; i < 5000; ++i)
+    entries.Add(KeyOf(ColumnType::kLong, static_cast<std::int32_t>(i)), RowId{i});
   entries.Sort();
   BuildIndex(fixture.pager, kDefinition, fixture.index, entries);
   ASSERT_EQ(fixture.pager.Read(fixture.index.root)[0], page_type::kIndexNode);

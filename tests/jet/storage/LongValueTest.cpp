@@ -1,5 +1,3 @@
-#include "jet/LongValue.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +5,7 @@
 
 #include "jet/DataPage.h"
 #include "jet/Layout.h"
+#include "jet/LongValue.h"
 
 namespace kestrelon::jet {
 namespace {

@@ -64,13 +64,15 @@ std::vector<std::string> TableNames(const std::filesystem::path& file) {
   return names;
 }
 
-std::vector<std::map<std::string, std::string>> Export(const std::filesystem::path& file, const std::string& table) {
+std::vector<std::map<std::string, std::string>> Export(const std::filesystem::path& file,
+                                                       const std::string& table) {
   const auto csv = ParseCsv(Run("mdb-export -b hex -D '%Y-%m-%d %H:%M:%S' -T '%Y-%m-%d %H:%M:%S' " +
                                 Quoted(file.string()) + " " + Quoted(table)));
   std::vector<std::map<std::string, std::string>> rows;
   for (std::size_t i = 1; i < csv.size(); ++i) {
     auto& row = rows.emplace_back();
-    for (std::size_t cell = 0; cell < csv[i].size() && cell < csv[0].size(); ++cell) row[csv[0][cell]] = csv[i][cell];
+    for (std::size_t cell = 0; cell < csv[i].size() && cell < csv[0].size(); ++cell)
+      row[csv[0][cell]] = csv[i][cell];
   }
   return rows;
 }

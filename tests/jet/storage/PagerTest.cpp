@@ -1,9 +1,8 @@
-#include "jet/Pager.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "jet/GlobalMap.h"
+#include "jet/Pager.h"
 #include "tests/jet/storage/Support.h"
 
 namespace kestrelon::jet {

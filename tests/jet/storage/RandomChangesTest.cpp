@@ -20,9 +20,7 @@ class RandomChanges : public testing::TestWithParam<unsigned> {
       default: return Text(90);
     }
   }
-  Row NewRow() {
-    return ItemRow(Text(50), Text(50), Text(255), Text(255), Memo(), Text(50), Memo());
-  }
+  Row NewRow() { return ItemRow(Text(50), Text(50), Text(255), Text(255), Memo(), Text(50), Memo()); }
   RowId AnyRow(const Rows& rows) {
     auto at = rows.begin();
     std::advance(at, static_cast<std::ptrdiff_t>(random_() % rows.size()));

@@ -39,8 +39,9 @@ ByteVector ReadBytes(const std::filesystem::path& path) {
 // A date as "2026-11-21 08:30:00".
 std::string DateText(double days) {
   const auto seconds = static_cast<std::int64_t>(std::llround(days * 86400.0));
-  const std::chrono::sys_days day = std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) +
-                                    std::chrono::days(static_cast<int>(std::floor(double(seconds) / 86400.0)));
+  const std::chrono::sys_days day =
+      std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) +
+      std::chrono::days(static_cast<int>(std::floor(double(seconds) / 86400.0)));
   const std::chrono::year_month_day date(day);
   const auto time = (seconds % 86400 + 86400) % 86400;
   char text[64];
@@ -49,28 +50,28 @@ std::string DateText(double days) {
   return text;
 }
 
-void ExpectSameCell(const Column& column, const Value& value, const std::string& exported) {
-  SCOPED_TRACE(ToUtf8(column.name));
-  if (IsNull(value)) {
-    EXPECT_EQ(exported, "");
-  } else if (const auto* text = std::get_if<std::u16string>(&value)) {
-    EXPECT_EQ(exported, ToUtf8(*text));
-  } else if (const auto* flag = std::get_if<bool>(&value)) {
-    EXPECT_EQ(exported, *flag ? "1" : "0");
-  } else if (const auto* number = std::get_if<std::int32_t>(&value)) {
-    EXPECT_EQ(exported, std::to_string(*number));
-  } else if (const auto* real = std::get_if<double>(&value)) {
-    if (column.type == ColumnType::kDate) {
-      EXPECT_EQ(exported, DateText(*real));
-    } else {
-      EXPECT_NEAR(std::atof(exported.c_str()), *real, std::abs(*real) * 1e-6);
-    }
-  } else if (column.type == ColumnType::kNumeric) {
-    const Bytes& bytes = std::get<Bytes>(value);
-    EXPECT_EQ(exported, ((bytes[0] & 0x80) != 0 ? "-" : "") + std::to_string(bytes[13] | bytes[14] << 8));
-  } else if (const auto* bytes = std::get_if<Bytes>(&value)) {
-    EXPECT_EQ(exported.size(), 2 * bytes->size());
+bool SameCell(const Column& column, const Value& value, const std::string& exported) {
+  if (IsNull(value)) return exported.empty();
+  if (const auto* text = std::get_if<std::u16string>(&value)) return exported == ToUtf8(*text);
+  if (const auto* flag = std::get_if<bool>(&value)) return exported == (*flag ? "1" : "0");
+  if (const auto* number = std::get_if<std::int32_t>(&value)) return exported == std::to_string(*number);
+  if (const auto* real = std::get_if<double>(&value)) {
+    if (column.type == ColumnType::kDate) return exported == DateText(*real);
+    return std::abs(std::atof(exported.c_str()) - *real) <= std::abs(*real) * 1e-6;
   }
+  const Bytes& bytes = std::get<Bytes>(value);
+  if (column.type == ColumnType::kNumeric) {
+    return exported == ((bytes[0] & 0x80) != 0 ? "-" : "") + std::to_string(bytes[13] | bytes[14] << 8);
+  }
+  return exported.size() == 2 * bytes.size();
+}
+
+bool SameRow(const std::vector<Column>& columns, const Row& row,
+             const std::map<std::string, std::string>& exported) {
+  for (std::size_t column = 0; column < row.size(); ++column) {
+    if (!SameCell(columns[column], row[column], exported.at(ToUtf8(columns[column].name)))) return false;
+  }
+  return true;
 }
 
 class Sample : public testing::TestWithParam<std::filesystem::path> {};
@@ -84,16 +85,15 @@ TEST_P(Sample, HoldsWhatTheMdbToolsRead) {
   for (const std::u16string& name : database->TableNames()) {
     SCOPED_TRACE(ToUtf8(name));
     Table& table = database->OpenTable(name);
-    const auto exported = mdb_tools::Export(GetParam(), ToUtf8(name));
+    auto exported = mdb_tools::Export(GetParam(), ToUtf8(name));
     const Rows rows = ReadAll(table);
     ASSERT_EQ(rows.size(), exported.size());
-    std::size_t i = 0;
+    // They give a moved row where its bytes lie, so the order is not compared.
     for (const auto& [id, row] : rows) {
-      SCOPED_TRACE(i);
-      for (std::size_t column = 0; column < row.size(); ++column) {
-        ExpectSameCell(table.Columns()[column], row[column], exported[i].at(ToUtf8(table.Columns()[column].name)));
-      }
-      ++i;
+      const auto found = std::find_if(exported.begin(), exported.end(),
+                                      [&](const auto& each) { return SameRow(table.Columns(), row, each); });
+      ASSERT_NE(found, exported.end()) << "row " << static_cast<std::uint32_t>(id);
+      exported.erase(found);
     }
   }
 }
@@ -150,12 +150,14 @@ TEST_P(Sample, TakesADeletionOrRefusesIt) {
 
 INSTANTIATE_TEST_SUITE_P(OfAccess, Sample, testing::ValuesIn(Samples()), [](const auto& sample) {
   std::string name = sample.param.stem().string();
-  std::replace_if(name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
   return name;
 });
 
 TEST(SampleWithAForeignTextIndex, RefusesRowsWhoseKeysItCannotMake) {
-  const std::filesystem::path path = std::filesystem::path(KESTRELON_SAMPLES) / "access-files" / "unicode-text.mdb";
+  const std::filesystem::path path =
+      std::filesystem::path(KESTRELON_SAMPLES) / "access-files" / "unicode-text.mdb";
   if (!std::filesystem::exists(path)) GTEST_SKIP() << "the sample is not there";
   const ByteVector bytes = ReadBytes(path);
   const std::vector<std::uint8_t> before = *bytes;

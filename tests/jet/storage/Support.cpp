@@ -22,10 +22,11 @@ NewTable ItemTable(std::u16string name) {
 
 std::vector<NewTable> ProgramTables() {
   using enum ColumnType;
-  return {ItemTable(u"FTable"), ItemTable(u"FBackup"),
-          NewTable{u"TreeviewTable",
-                   {{u"i", kLong, 0, true}, {u"parent", kText, 50}, {u"key", kText, 50}, {u"text", kText, 255}},
-                   u"i"}};
+  return {
+      ItemTable(u"FTable"), ItemTable(u"FBackup"),
+      NewTable{u"TreeviewTable",
+               {{u"i", kLong, 0, true}, {u"parent", kText, 50}, {u"key", kText, 50}, {u"text", kText, 255}},
+               u"i"}};
 }
 
 Row ItemRow(std::u16string node, std::u16string index, std::u16string name, std::u16string file,
@@ -41,8 +42,8 @@ std::u16string Repeat(std::u16string_view unit, std::size_t length) {
 }
 
 Row VariedRow(int number) {
-  static constexpr std::u16string_view kUnits[] = {u"a", u"Grüße ", u"文件", u"\U0001F4C1", u"naïve, \"quoted\" ",
-                                                   u"Привет "};
+  static constexpr std::u16string_view kUnits[] = {
+      u"a", u"Grüße ", u"文件", u"\U0001F4C1", u"naïve, \"quoted\" ", u"Привет "};
   const auto n = static_cast<std::size_t>(number);
   const auto text = [n](std::size_t salt, std::size_t most) {
     const std::u16string_view unit = kUnits[(n + salt) % std::size(kUnits)];
@@ -50,8 +51,8 @@ Row VariedRow(int number) {
     if (unit.size() == 2 && length % 2 == 1) --length;  // no half of a pair
     return Repeat(unit, length);
   };
-  Row row = ItemRow(text(0, 50), u"K" + FromUtf8(std::to_string(number)), text(1, 60), text(2, 255), text(3, 120),
-                    u"2026-11-21 10:00:00", text(4, number % 50 == 0 ? 9000 : 80));
+  Row row = ItemRow(text(0, 50), u"K" + FromUtf8(std::to_string(number)), text(1, 60), text(2, 255),
+                    text(3, 120), u"2026-11-21 10:00:00", text(4, number % 50 == 0 ? 9000 : 80));
   if (number % 7 == 3) row[6] = std::monostate{};
   return row;
 }
@@ -86,7 +87,8 @@ void ExpectRows(const ByteVector& bytes, std::u16string_view table, const Rows& 
   EXPECT_THAT(database->Check(), testing::IsEmpty());
 }
 
-Fixture::Fixture(const std::vector<NewTable>& tables) : bytes(CreateInMemory(tables)), database(OpenInMemory(bytes)) {}
+Fixture::Fixture(const std::vector<NewTable>& tables)
+    : bytes(CreateInMemory(tables)), database(OpenInMemory(bytes)) {}
 
 RowId Fixture::Insert(Row row) {
   const RowId id = Items().Insert(row);

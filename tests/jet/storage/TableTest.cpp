@@ -9,16 +9,16 @@ TEST(Table, KeepsTextsOfEveryShape) {
   Fixture fixture;
   fixture.Insert(ItemRow(u"", u"", u"", u"", u"", u"", u""));
   fixture.Insert(ItemRow(u"a", u"ab", u"abc", u"é", u"文", u"\U0001F600", u"  "));
-  fixture.Insert(ItemRow(Repeat(u"x", 50), Repeat(u"ÿ", 50), Repeat(u"文", 255), Repeat(u"a", 255), u"a\r\n\tb",
-                         u"\"'`", u"\uFFFD"));
+  fixture.Insert(ItemRow(Repeat(u"x", 50), Repeat(u"ÿ", 50), Repeat(u"文", 255), Repeat(u"a", 255),
+                         u"a\r\n\tb", u"\"'`", u"\uFFFD"));
   fixture.Insert(Row(7));
   fixture.FlushAndCompare();
 }
 
 TEST(Table, KeepsMemosOfEveryLength) {
   Fixture fixture;
-  for (const std::size_t length : {0, 1, 31, 32, 33, 62, 63, 64, 65, 1024, 1025, 2037, 2038, 2039, 4074, 4075, 4076,
-                                   4077, 50000, 65535}) {
+  for (const std::size_t length : {0,    1,    31,   32,   33,   62,   63,   64,   65,    1024,
+                                   1025, 2037, 2038, 2039, 4074, 4075, 4076, 4077, 50000, 65535}) {
     for (const std::u16string_view unit : {u"m", u"备注"}) {
       Row row(7);
       row[4] = Repeat(unit, length);
@@ -68,7 +68,8 @@ TEST(Table, MovesARowThatOutgrowsItsPageAndKeepsItsAddress) {
   for (int i = 0; i < 60; ++i) rows.push_back(fixture.Insert(VariedRow(i)));
   for (const RowId row : rows) fixture.Update(row, 2, Repeat(u"文", 255));
   fixture.Compare();
-  for (const RowId row : rows) fixture.Update(row, 3, Repeat(u"件", 255));  // from one overflow page to another
+  for (const RowId row : rows)
+    fixture.Update(row, 3, Repeat(u"件", 255));  // from one overflow page to another
   fixture.FlushAndCompare();
   for (const RowId row : rows) fixture.Update(row, 2, u"short");
   for (const RowId row : rows) fixture.Update(row, 3, u"short");  // back home
@@ -172,7 +173,8 @@ TEST(Table, NumbersRowsByItself) {
 
   fixture.Reopen();
   std::vector<std::int32_t> numbers;
-  for (const auto& [id, values] : ReadAll(fixture.Tree())) numbers.push_back(std::get<std::int32_t>(values[0]));
+  for (const auto& [id, values] : ReadAll(fixture.Tree()))
+    numbers.push_back(std::get<std::int32_t>(values[0]));
   EXPECT_THAT(numbers, testing::ElementsAre(1, 2, 3, 10, 7, 11));
   EXPECT_EQ(fixture.Tree().LastAutoNumber(), 11);
   fixture.Tree().DeleteAll();
@@ -190,7 +192,8 @@ TEST(Table, RefusesANumberThatIsTaken) {
   const RowId six = fixture.Tree().Insert(row);
   row[0] = std::int32_t{5};
   EXPECT_EQ(ErrorNumberOf([&] { fixture.Tree().Insert(row); }), code::kGeneric);
-  const std::pair<std::size_t, Value> toFive{0, std::int32_t{5}}, toSame{0, std::int32_t{6}}, toNull{0, Value()};
+  const std::pair<std::size_t, Value> toFive{0, std::int32_t{5}}, toSame{0, std::int32_t{6}},
+      toNull{0, Value()};
   EXPECT_EQ(ErrorNumberOf([&] { fixture.Tree().Update(six, {&toFive, 1}); }), code::kGeneric);
   EXPECT_EQ(ErrorNumberOf([&] { fixture.Tree().Update(six, {&toNull, 1}); }), code::kGeneric);
   EXPECT_NO_THROW(fixture.Tree().Update(six, {&toSame, 1}));
@@ -230,8 +233,10 @@ TEST(Table, RefusesAValueOfAnotherType) {
 
 TEST(Table, MovesMemosOutOfARowThatWouldBeTooLong) {
   NewTable table{u"FTable", {}, u""};
-  for (int i = 0; i < 7; ++i) table.columns.push_back({u"t" + FromUtf8(std::to_string(i)), ColumnType::kText, 255});
-  for (int i = 0; i < 5; ++i) table.columns.push_back({u"m" + FromUtf8(std::to_string(i)), ColumnType::kMemo});
+  for (int i = 0; i < 7; ++i)
+    table.columns.push_back({u"t" + FromUtf8(std::to_string(i)), ColumnType::kText, 255});
+  for (int i = 0; i < 5; ++i)
+    table.columns.push_back({u"m" + FromUtf8(std::to_string(i)), ColumnType::kMemo});
   Fixture fixture({table});
   Row row(7, Value(Repeat(u"文", 255)));
   for (int i = 0; i < 5; ++i) row.emplace_back(Repeat(u"文", 32));
@@ -242,9 +247,11 @@ TEST(Table, MovesMemosOutOfARowThatWouldBeTooLong) {
 
 TEST(Table, RefusesARowThatIsTooLongInAnyCase) {
   NewTable table{u"FTable", {}, u""};
-  for (int i = 0; i < 9; ++i) table.columns.push_back({u"t" + FromUtf8(std::to_string(i)), ColumnType::kText, 255});
+  for (int i = 0; i < 9; ++i)
+    table.columns.push_back({u"t" + FromUtf8(std::to_string(i)), ColumnType::kText, 255});
   Fixture fixture({table});
-  EXPECT_EQ(ErrorNumberOf([&] { fixture.Items().Insert(Row(9, Value(Repeat(u"文", 255)))); }), code::kGeneric);
+  EXPECT_EQ(ErrorNumberOf([&] { fixture.Items().Insert(Row(9, Value(Repeat(u"文", 255)))); }),
+            code::kGeneric);
   fixture.Insert(Row(9, Value(Repeat(u"a", 255))));
   fixture.FlushAndCompare();
 }

@@ -1,11 +1,10 @@
-#include "jet/TextCodec.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "jet/Error.h"
+#include "jet/TextCodec.h"
 
 namespace kestrelon::jet {
 namespace {
@@ -49,7 +48,8 @@ TEST(TextCodec, DropsALeadingByteOrderMark) {
 }
 
 TEST(TextCodec, GivesBackWhatItStored) {
-  for (const std::u16string_view text : {u"", u"a", u"abc", u"ÿ", u"文件夹", u"\U0001F4C1 folder", u"a\r\n\tb"}) {
+  for (const std::u16string_view text :
+       {u"", u"a", u"abc", u"ÿ", u"文件夹", u"\U0001F4C1 folder", u"a\r\n\tb"}) {
     EXPECT_EQ(Decode(Encode(text)), text);
     EXPECT_EQ(Decode(Encode(text, false)), text);
   }

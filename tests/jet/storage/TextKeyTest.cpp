@@ -1,7 +1,7 @@
-#include "jet/TextKey.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "jet/TextKey.h"
 
 namespace kestrelon::jet {
 namespace {

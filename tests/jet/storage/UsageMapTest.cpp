@@ -1,11 +1,10 @@
-#include "jet/UsageMap.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "jet/DataPage.h"
 #include "jet/Layout.h"
 #include "jet/MapRow.h"
+#include "jet/UsageMap.h"
 
 namespace kestrelon::jet {
 namespace {
@@ -17,7 +16,9 @@ struct MapFixture {
   MapFixture() : map(pager, MapRows(pager).Add()) {
     while (pager.PageCount() < 2000) pager.Allocate();
   }
-  bool IsReference() const { return pager.Read(2)[data_page::Start(pager.Read(2), 0)] == map_row::kReferences; }
+  bool IsReference() const {
+    return pager.Read(2)[data_page::Start(pager.Read(2), 0)] == map_row::kReferences;
+  }
   Pager pager;
   UsageMap map;
 };
