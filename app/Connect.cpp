@@ -1,8 +1,9 @@
 #include "app/Connect.h"
 
+#include "app/base/Win32.h"
+
 #include "app/base/File.h"
 #include "app/base/Settings.h"
-#include "app/base/Win32.h"
 #include "store/Store.h"
 #include "ui/win/Boxes.h"
 
@@ -11,11 +12,13 @@ namespace {
 
 constexpr const wchar_t* kTemplate = L"Temp.dat";
 
-// Replaces `to` by a copy that can be written, also when the original is read-only (a program folder on a CD or share).
+// Replaces `to` by a copy that can be written, also when the original is read-only (a program folder on a CD
+// or share).
 void FreshCopy(const std::wstring& from, const std::wstring& to) {
   DeleteIfThere(to);
   if (!::CopyFileW(from.c_str(), to.c_str(), TRUE)) ThrowLastError(L"Copying " + from);
-  if (!::SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL)) ThrowLastError(L"Making " + to + L" writable");
+  if (!::SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL))
+    ThrowLastError(L"Making " + to + L" writable");
 }
 
 }  // namespace

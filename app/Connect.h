@@ -7,15 +7,15 @@
 
 namespace kestrelon::app {
 
-// Start-up, up to but not including the main window. `programFolder` is the executable's folder, `appData` the value of
-// the environment variable APPDATA; either may end in a backslash or not.
+// Start-up, up to but not including the main window. `programFolder` is the executable's folder, `appData`
+// the value of the environment variable APPDATA; either may end in a backslash or not.
 
 // The names of everything: folders, settings file, product strings. Touches nothing on disk.
 Program NameProgram(const std::wstring& programFolder, const std::wstring& appData);
 
-// Makes the data folder, and the settings file with its defaults, where they are missing; reads the language; copies the
-// empty template, tests it and remakes the working database from it. False when the program cannot go on; why has been
-// shown by then, in exactly one box.
+// Makes the data folder, and the settings file with its defaults, where they are missing; reads the language;
+// copies the empty template, tests it and remakes the working database from it. False when the program cannot
+// go on; why has been shown by then, in exactly one box.
 bool Connect(Program& program, OutsideWorld& world);
 
 // Folder of the running executable, ending in a backslash.

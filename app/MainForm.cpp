@@ -32,7 +32,8 @@ constexpr double kPanelWidths[] = {6300, 3000};
 constexpr double kIconColumnWidth = 420;
 constexpr double kPictureSize = 240;         // 16 pixels at 96 DPI
 constexpr double kToolbarPictureSize = 360;  // 24
-constexpr const wchar_t* kColumnCaptions[5] = {L"Alias", L"File name", L"Local File", L"Insert time", L"Comment"};
+constexpr const wchar_t* kColumnCaptions[5] = {L"Alias", L"File name", L"Local File", L"Insert time",
+                                               L"Comment"};
 constexpr double kDesignWidths[5] = {1874.835, 2234.835, 7409.764, 1440, 1440};
 constexpr int kWidestColumn = 20000;  // pixels; what a settings file may ask for
 
@@ -44,8 +45,8 @@ MainForm::MainForm(Program& program, OutsideWorld& world, ui::cSysTray::Notify n
       world_(world),
       settings_(program.settingsFile),
       connection_(program.connectionString),
-      parts_{program_,    world_,     settings_,   *this,  TreeView1_, ListView1_,
-             StatusBar1_, Toolbar1_, menus_, connection_},
+      parts_{program_,   world_,      settings_, *this,  TreeView1_,
+             ListView1_, StatusBar1_, Toolbar1_, menus_, connection_},
       cSysTray1_(notify ? ui::cSysTray(std::move(notify)) : ui::cSysTray()) {}
 
 MainForm::~MainForm() { Destroy(); }
@@ -82,8 +83,9 @@ void MainForm::CreateControls() {
     buttons.push_back({id, button.image, button.treeTip});
   }
   // Holds the focus when neither pane shall have it; there is nothing to see or to type in.
-  parts_.Text1 = ::CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE | ES_READONLY, -20, -20, 1, 1, Handle(),
-                                   reinterpret_cast<HMENU>(UINT_PTR{kText1}), ::GetModuleHandleW(nullptr), nullptr);
+  parts_.Text1 =
+      ::CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE | ES_READONLY, -20, -20, 1, 1, Handle(),
+                        reinterpret_cast<HMENU>(UINT_PTR{kText1}), ::GetModuleHandleW(nullptr), nullptr);
   Toolbar1_.Create(Handle(), kToolbarId, buttons, win::UniqueImageList());
   TreeView1_.Create(Handle(), kTree);
   Picture1_.CreateIn(Handle());
@@ -142,10 +144,10 @@ void MainForm::LoadPicturesForDpi() {
   TreeView1_.SetImageList(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN}, small));
   // Small icon number 3 is the one that rows show.
   ListView1_.SetSmallImages(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN, IDI_ITEM}, small));
-  Toolbar1_.SetImages(LoadPictures({IDI_TOOLBAR_ADD, IDI_TOOLBAR_RENAME, IDI_TOOLBAR_DELETE, IDI_TOOLBAR_FIND,
-                                    IDI_TOOLBAR_OPEN, IDI_TOOLBAR_SHOW, IDI_TOOLBAR_PROPERTIES,
-                                    IDI_TOOLBAR_SENDTO},
-                                   win::PixelsFromTwips(kToolbarPictureSize, dpi_)));
+  Toolbar1_.SetImages(
+      LoadPictures({IDI_TOOLBAR_ADD, IDI_TOOLBAR_RENAME, IDI_TOOLBAR_DELETE, IDI_TOOLBAR_FIND,
+                    IDI_TOOLBAR_OPEN, IDI_TOOLBAR_SHOW, IDI_TOOLBAR_PROPERTIES, IDI_TOOLBAR_SENDTO},
+                   win::PixelsFromTwips(kToolbarPictureSize, dpi_)));
 }
 
 void MainForm::Form_Load() {
@@ -252,7 +254,8 @@ void MainForm::PlacePanes(const PaneLayout& panes) {
   HDWP batch = ::BeginDeferWindowPos(3);
   const auto place = [&](HWND window, int left, int width) {
     if (batch) {
-      batch = ::DeferWindowPos(batch, window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+      batch =
+          ::DeferWindowPos(batch, window, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
     }
   };
   place(Picture1_.Handle(), pixels(panes.barLeft), pixels(kBarWidth));
@@ -293,9 +296,8 @@ bool MainForm::Form_QueryUnload() {
     return true;
   });
   if (program_.databaseSaved) return true;
-  switch (world_.messageBox(Handle(),
-                            lang::Message(program_, lang::kExitQuestion),
-                            program_.productName, MB_YESNOCANCEL | MB_ICONQUESTION)) {
+  switch (world_.messageBox(Handle(), lang::Message(program_, lang::kExitQuestion), program_.productName,
+                            MB_YESNOCANCEL | MB_ICONQUESTION)) {
     case IDYES: app::Save(parts_).Show(Handle()); return true;
     case IDNO: return true;
     default: return false;
@@ -330,7 +332,8 @@ void MainForm::UpdateToolbar() {
 }
 
 void MainForm::Toolbar1_ButtonClick(int number) {
-  const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar.at(static_cast<std::size_t>(number) - 1);
+  const MainFormTables::ToolbarButton& button =
+      MainFormTables::kToolbar.at(static_cast<std::size_t>(number) - 1);
   if (const Handler handler = parts_.listPaneActive ? button.list : button.tree) (this->*handler)();
 }
 

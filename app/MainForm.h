@@ -17,8 +17,8 @@
 
 namespace kestrelon::app {
 
-// The one main window. It builds the controls, hands them down as MainParts and wires every event to the function that
-// does the work; what it does itself is layout, splitter, toolbar dispatch, tray and closing.
+// The one main window. It builds the controls, hands them down as MainParts and wires every event to the
+// function that does the work; what it does itself is layout, splitter, toolbar dispatch, tray and closing.
 class MainForm : public win::Form {
  public:
   // `notify` takes the place of the system's notification area; the default is the real one.

@@ -14,8 +14,8 @@ struct PaneLayout {
 PaneLayout PanesOnResize(double barLeft, double barWidth, double innerWidth);
 // The bar while it is dragged; `mouseX` is the pointer's place within the bar.
 double BarWhileDragging(double barLeft, double mouseX);
-// After the bar was let go: at least 10 from the left edge, and 100 inside the window when it was beyond its right edge.
-// The figures differ from those of PanesOnResize; that is wanted.
+// After the bar was let go: at least 10 from the left edge, and 100 inside the window when it was beyond its
+// right edge. The figures differ from those of PanesOnResize; that is wanted.
 PaneLayout PanesOnRelease(double barLeft, double barWidth, double innerWidth);
 
 }  // namespace kestrelon::app

@@ -32,7 +32,8 @@ UINT SingleInstance::WakeMessage() {
 
 void SingleInstance::WakeTheOther() const {
   ::AllowSetForegroundWindow(ASFW_ANY);
-  for (HWND window = nullptr; (window = ::FindWindowExW(nullptr, window, kMainFormClass, nullptr)) != nullptr;) {
+  for (HWND window = nullptr;
+       (window = ::FindWindowExW(nullptr, window, kMainFormClass, nullptr)) != nullptr;) {
     ::PostMessageW(window, WakeMessage(), mark_, 0);
   }
 }

@@ -24,8 +24,8 @@ std::wstring SlotKey(int slot) { return L"Data" + std::to_wstring(slot); }
 std::wstring SlotFile(int slot) { return SlotKey(slot) + L".dat"; }
 
 std::wstring SlotLabel(int slot, const SYSTEMTIME& time) {
-  return std::to_wstring(slot + 1) + L". " + std::to_wstring(time.wYear) + L"-" + TwoDigits(time.wMonth) + L"-" +
-         TwoDigits(time.wDay) + L" " + TwoDigits(time.wHour) + L":" + TwoDigits(time.wMinute) + L":" +
+  return std::to_wstring(slot + 1) + L". " + std::to_wstring(time.wYear) + L"-" + TwoDigits(time.wMonth) +
+         L"-" + TwoDigits(time.wDay) + L" " + TwoDigits(time.wHour) + L":" + TwoDigits(time.wMinute) + L":" +
          TwoDigits(time.wSecond);
 }
 
@@ -38,12 +38,20 @@ void SlotDialog::CreateControls(const std::wstring& caption, const wchar_t* expl
   spec.owner = parts_.form.Handle();
   Create(spec);
 
-  AddControl({L"Label1", -1, win::ControlKind::kLabel, L"Label1", explanation,
+  AddControl({L"Label1",
+              -1,
+              win::ControlKind::kLabel,
+              L"Label1",
+              explanation,
               {kMargin, 225, kWidth - 2 * kMargin, 330}});
   for (int slot = 0; slot < kSlots; ++slot) {
     // No tag: the caption is the slot's label, in every language.
     win::FormControl& button =
-        AddControl({L"Command2", slot, win::ControlKind::kCommandButton, L"", L"",
+        AddControl({L"Command2",
+                    slot,
+                    win::ControlKind::kCommandButton,
+                    L"",
+                    L"",
                     {kMargin, kFirstButton + slot * kButtonStep, kWidth - 2 * kMargin, kButtonHeight}});
     win::FontSpec font = lang::FontOfLocale(::GetUserDefaultLCID());
     font.points = kPoints;
@@ -51,7 +59,11 @@ void SlotDialog::CreateControls(const std::wstring& caption, const wchar_t* expl
     slots_[static_cast<std::size_t>(slot)] = &button;
   }
   win::FormControl& cancel =
-      AddControl({L"Command1", -1, win::ControlKind::kCommandButton, L"Command1", L"&Cancel",
+      AddControl({L"Command1",
+                  -1,
+                  win::ControlKind::kCommandButton,
+                  L"Command1",
+                  L"&Cancel",
                   {kWidth - kMargin - 1500, kFirstButton + kSlots * kButtonStep + 120, 1500, 420}});
   SetCancelButton(cancel);
   SizeClientAndCentre(kWidth, kHeight, parts_.form.Handle());
@@ -60,7 +72,8 @@ void SlotDialog::CreateControls(const std::wstring& caption, const wchar_t* expl
 void SlotDialog::Show(HWND owner) {
   CreateControls(BuiltInCaption(), BuiltInExplanation());
   lang::ReadLanguage(*this, parts_.program, parts_.program.languageName, parts_.world);
-  for (int slot = 0; slot < kSlots; ++slot) SetControlCaption(Slot(slot), parts_.settings.Read(SlotKey(slot)));
+  for (int slot = 0; slot < kSlots; ++slot)
+    SetControlCaption(Slot(slot), parts_.settings.Read(SlotKey(slot)));
   ::SetFocus(Slot(0).window);
   ShowModal(owner);
 }

@@ -16,8 +16,8 @@ std::wstring SlotKey(int slot);
 // "3. 2007-05-14 21:09:33" for slot 2.
 std::wstring SlotLabel(int slot, const SYSTEMTIME& time);
 
-// What the Save and the Load dialog have in common: four buttons with the slots' labels, of which the focused one has the
-// larger font, a line that says what will happen, and a Cancel button.
+// What the Save and the Load dialog have in common: four buttons with the slots' labels, of which the focused
+// one has the larger font, a line that says what will happen, and a Cancel button.
 class SlotDialog : public win::Form {
  public:
   SlotDialog(std::wstring name, win::MainParts& parts) : Form(std::move(name)), parts_(parts) {}

@@ -15,14 +15,15 @@ ItemRecord MakeRecord(const std::wstring& categoryKey, std::int64_t number, cons
                       const std::wstring& insertTime) {
   std::wstring filename = FileNameOfPath(path);
   std::wstring alias = NameWithoutExtension(filename);
-  return {categoryKey,         std::to_wstring(number) + L"#" + categoryKey, std::move(alias),
-          std::move(filename), path,                                         insertTime};
+  return {
+      categoryKey, std::to_wstring(number) + L"#" + categoryKey, std::move(alias), std::move(filename), path,
+      insertTime};
 }
 
 std::wstring InsertStatement(const ItemRecord& record) {
   std::wstring sql = L"INSERT INTO FTable VALUES(";
-  for (const std::wstring* field : {&record.treeviewNode, &record.fileIndex, &record.defineName, &record.filename,
-                                    &record.localFile, &record.insertTime}) {
+  for (const std::wstring* field : {&record.treeviewNode, &record.fileIndex, &record.defineName,
+                                    &record.filename, &record.localFile, &record.insertTime}) {
     if (field != &record.treeviewNode) sql += L",";
     sql += store::Quoted(*field);
   }
@@ -54,8 +55,9 @@ std::int64_t LargestItemNumber(store::SharedConnection& connection, const std::w
 
 std::int64_t ItemNumbers::Next() {
   if (last_ >= limit_) {
-    throw std::overflow_error("Overflow: the category already holds an item numbered " + std::to_string(last_) +
-                              ", and no number above " + std::to_string(limit_) + " can be given.");
+    throw std::overflow_error("Overflow: the category already holds an item numbered " +
+                              std::to_string(last_) + ", and no number above " + std::to_string(limit_) +
+                              " can be given.");
   }
   return ++last_;
 }

@@ -17,14 +17,15 @@ struct ItemRecord {
   std::wstring fileIndex;     // "7#" and that key
   std::wstring defineName;    // the alias: the file name without its last extension
   std::wstring filename;
-  std::wstring localFile;     // the full path
+  std::wstring localFile;  // the full path
   std::wstring insertTime;
 };
 
 // The one place that makes an item of a file. `number` is its number within the category.
 ItemRecord MakeRecord(const std::wstring& categoryKey, std::int64_t number, const std::wstring& path,
                       const std::wstring& insertTime);
-// The statement that adds it. Nothing is escaped: a double quote in a field breaks the statement, as required.
+// The statement that adds it. Nothing is escaped: a double quote in a field breaks the statement, as
+// required.
 std::wstring InsertStatement(const ItemRecord& record);
 
 // The number that a FileIndex starts with: 7 for "7#K12", 0 where the text does not start with a digit.
@@ -49,9 +50,9 @@ inline constexpr std::int64_t kLargest32Bit = 2147483647;  // drops count in 32
 // The current category's key; when there is none, the message is shown and the result is empty.
 std::wstring TargetCategory(win::MainParts& parts, const lang::MessageText& message);
 
-// Adds the files in their order, numbered on from the largest number of the category. Clears the database-saved flag.
-// Throws at the first file that cannot be added; those before it stay. Either way the list then shows the category as
-// it stands, with its end in view.
+// Adds the files in their order, numbered on from the largest number of the category. Clears the
+// database-saved flag. Throws at the first file that cannot be added; those before it stay. Either way the
+// list then shows the category as it stands, with its end in view.
 void AddFiles(win::MainParts& parts, const std::wstring& categoryKey, const std::vector<std::wstring>& paths,
               std::int64_t largestNumber);
 

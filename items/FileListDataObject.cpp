@@ -13,7 +13,8 @@ FORMATETC FileDropFormat() { return {CF_HDROP, nullptr, DVASPECT_CONTENT, -1, TY
 
 class FileListDataObject final : public IDataObject {
  public:
-  explicit FileListDataObject(const std::vector<std::wstring>& paths) : bytes_(FileDropBytes(paths)), any_(!paths.empty()) {}
+  explicit FileListDataObject(const std::vector<std::wstring>& paths)
+      : bytes_(FileDropBytes(paths)), any_(!paths.empty()) {}
   virtual ~FileListDataObject() = default;
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
@@ -72,7 +73,9 @@ class FileListDataObject final : public IDataObject {
     return OLE_E_ADVISENOTSUPPORTED;
   }
   HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) noexcept override { return OLE_E_ADVISENOTSUPPORTED; }
-  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) noexcept override { return OLE_E_ADVISENOTSUPPORTED; }
+  HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) noexcept override {
+    return OLE_E_ADVISENOTSUPPORTED;
+  }
 
  private:
   std::atomic<ULONG> references_{1};

@@ -12,8 +12,8 @@
 
 namespace kestrelon::items {
 
-// The bytes of a file list in the standard file-drop form (CF_HDROP): a DROPFILES head, the paths each closed by a NUL,
-// and a last NUL.
+// The bytes of a file list in the standard file-drop form (CF_HDROP): a DROPFILES head, the paths each closed
+// by a NUL, and a last NUL.
 std::vector<std::uint8_t> FileDropBytes(const std::vector<std::wstring>& paths);
 
 // A data object that offers the paths as CF_HDROP; without paths it offers nothing at all.

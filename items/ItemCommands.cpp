@@ -3,10 +3,11 @@
 namespace kestrelon::items {
 namespace {
 
-constexpr const wchar_t* kItemEntries[] = {
-    L"meu_rename", L"meu_Definenameasfilename", L"meu_Delete",   L"meu_Properties",
-    L"meu_Moveto", L"meu_Copyto",               L"meu_openfile", L"meu_destinationdirectory",
-    L"meu_Changecategory"};
+constexpr const wchar_t* kItemEntries[] = {L"meu_rename",        L"meu_Definenameasfilename",
+                                           L"meu_Delete",        L"meu_Properties",
+                                           L"meu_Moveto",        L"meu_Copyto",
+                                           L"meu_openfile",      L"meu_destinationdirectory",
+                                           L"meu_Changecategory"};
 
 struct ItemButton {
   int button;

@@ -4,7 +4,8 @@
 
 namespace kestrelon::items {
 
-// The menu entries and toolbar buttons that act on selected items are enabled exactly while a row is selected.
+// The menu entries and toolbar buttons that act on selected items are enabled exactly while a row is
+// selected.
 void EnableItemCommands(win::MainParts& parts);
 // The toolbar's share of it: buttons 6 to 9.
 void EnableItemButtons(win::MainParts& parts, bool enabled);

@@ -21,11 +21,12 @@ std::wstring ItemInformation(const Program& program, const OutsideWorld& world, 
   if (!info) return lang::Message(program, lang::kCannotOpenFile);
   const std::wstring rule(52, L'-');
   const std::wstring emptyLine = L"\r\n\r\n";
-  return L"Location: \r\n" + ShortenedPath(path) + emptyLine + L"Size: " + SizeText(info->size) + emptyLine + rule +
-         L"\r\nAttributes:" + emptyLine + L"Archive:    " + info->archive + L"              Read only: " +
-         info->readOnly + emptyLine + L"Hidden:     " + info->hidden + L"               System:    " + info->system +
-         emptyLine + rule + L"\r\nCreated Time    :" + info->created + emptyLine + L"Lost Modefieed  :" +
-         info->lastWritten + emptyLine + L"Last Accessed   :" + info->lastAccessed;
+  return L"Location: \r\n" + ShortenedPath(path) + emptyLine + L"Size: " + SizeText(info->size) + emptyLine +
+         rule + L"\r\nAttributes:" + emptyLine + L"Archive:    " + info->archive +
+         L"              Read only: " + info->readOnly + emptyLine + L"Hidden:     " + info->hidden +
+         L"               System:    " + info->system + emptyLine + rule + L"\r\nCreated Time    :" +
+         info->created + emptyLine + L"Lost Modefieed  :" + info->lastWritten + emptyLine +
+         L"Last Accessed   :" + info->lastAccessed;
 }
 
 }  // namespace kestrelon::items

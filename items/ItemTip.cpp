@@ -19,7 +19,7 @@ void ItemTip::MouseMove(win::MainParts& parts, POINT point) {
     tooltip_.Create(parts.ListView1.Handle());
     row_ = row;
     path_ = item.Text(3);
-    tooltip_.PopUp();
+    tooltip_.PointerIsAt(point);
   });
 }
 

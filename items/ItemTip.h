@@ -10,11 +10,12 @@
 
 namespace kestrelon::items {
 
-// The item information tip: a balloon for the row under the pointer while `meu_ShowItemInfo` is checked. Its title is the
-// row's file name, its text the file's information.
+// The item information tip: a balloon for the row under the pointer while `meu_ShowItemInfo` is checked. Its
+// title is the row's file name, its text the file's information.
 class ItemTip {
  public:
-  // The pointer is at this place of the list (client pixels). A new balloon is built only for another row than the last.
+  // The pointer is at this place of the list (client pixels). A new balloon is built only for another row
+  // than the last.
   void MouseMove(win::MainParts& parts, POINT point);
   void Hide();
   // The row that the shown tip was built for; nothing when no tip is shown.

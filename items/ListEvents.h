@@ -16,20 +16,22 @@ struct ListHelpers {
   ItemTip tip;
 };
 
-// Columns count from 0 (the icon column); points are client pixels; button 1 is left, 2 right; shift 1, 2, 4 is Shift,
-// Ctrl, Alt.
+// Columns count from 0 (the icon column); points are client pixels; button 1 is left, 2 right; shift 1, 2, 4
+// is Shift, Ctrl, Alt.
 
-// Sorts once by the text of the column. A click on the column that the list is sorted by turns its direction; any other
-// column comes back with the direction it had.
+// Sorts once by the text of the column. A click on the column that the list is sorted by turns its direction;
+// any other column comes back with the direction it had.
 void ListView1_ColumnClick(win::MainParts& parts, ListHelpers& helpers, std::size_t column);
 void ListView1_DblClick(win::MainParts& parts);
 void ListView1_KeyDown(win::MainParts& parts, int keyCode, int shift);
 void ListView1_MouseUp(win::MainParts& parts, int button, int shift, POINT point);
 void ListView1_SelectionChanged(win::MainParts& parts);
 
-// The paths that dragging the selected rows offers, in list order: those whose server answers and whose file is there.
+// The paths that dragging the selected rows offers, in list order: those whose server answers and whose file
+// is there.
 std::vector<std::wstring> DraggedPaths(win::MainParts& parts);
-// Drags the selected rows out as a list of files, to be copied and never moved. Returns when the drag is over.
+// Drags the selected rows out as a list of files, to be copied and never moved. Returns when the drag is
+// over.
 void ListView1_OLEStartDrag(win::MainParts& parts);
 
 // Switches the tip on or off.

@@ -21,8 +21,7 @@ void OpenSelectedItem(win::MainParts& parts) {
   if (!row) return;
   const std::wstring path(parts.ListView1.Rows()[*row].Text(kPathColumn));
   const auto cannotOpen = [&] {
-    win::Inform(parts.world, parts.form.Handle(),
-                lang::Message(parts.program, lang::kCannotOpenFile),
+    win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kCannotOpenFile),
                 parts.program.productName);
   };
   if (!ServerAnswers(parts.world, path)) {

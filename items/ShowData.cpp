@@ -1,5 +1,7 @@
 #include "items/ShowData.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include "items/ItemCommands.h"
@@ -9,6 +11,10 @@
 namespace kestrelon::items {
 namespace {
 
+// The list's columns 1 to 5, and the row's tag.
+constexpr std::array<std::u16string_view, 6> kFields = {u"DefineName", u"Filename", u"LocalFile",
+                                                        u"InsertTime", u"Comment",  u"FileIndex"};
+
 std::wstring_view View(std::u16string_view text) {
   return {reinterpret_cast<const wchar_t*>(text.data()), text.size()};
 }
@@ -16,14 +22,18 @@ std::wstring_view View(std::u16string_view text) {
 std::vector<win::ListRow> ReadRows(win::MainParts& parts, const std::wstring& nodeKey) {
   store::Opened connection(parts.connection);
   jet::Recordset items;
-  items.Open(store::ToEngine(L"SELECT * FROM FTable WHERE TreeviewNode=" + store::Quoted(nodeKey)), connection->Ado());
+  items.Open(store::ToEngine(L"SELECT * FROM FTable WHERE TreeviewNode=" + store::Quoted(nodeKey)),
+             connection->Ado());
+  // By position, found once: a category may hold very many items.
+  std::array<std::size_t, 6> fields;
+  std::transform(kFields.begin(), kFields.end(), fields.begin(),
+                 [&](std::u16string_view name) { return items.FieldIndex(name); });
+  const auto text = [&](std::size_t field) { return View(items.Text(fields[field])); };
   std::vector<win::ListRow> rows;
   rows.reserve(items.RecordCount());
+  win::ListRowMaker maker;
   for (; !items.EndOfFile(); items.MoveNext()) {
-    rows.emplace_back().Set({View(items.Text(u"DefineName")), View(items.Text(u"Filename")),
-                             View(items.Text(u"LocalFile")), View(items.Text(u"InsertTime")),
-                             View(items.Text(u"Comment"))},
-                            View(items.Text(u"FileIndex")));
+    rows.push_back(maker.Make({text(0), text(1), text(2), text(3), text(4)}, text(5)));
   }
   items.Close();
   connection.Close();
@@ -34,7 +44,8 @@ std::vector<win::ListRow> ReadRows(win::MainParts& parts, const std::wstring& no
 
 void ShowData(win::MainParts& parts, const std::wstring& nodeKey) {
   parts.ListView1.SetRows(win::InRoutine(parts.world, parts.form.Handle(), L"ShowData Error:",
-                                         std::vector<win::ListRow>{}, [&] { return ReadRows(parts, nodeKey); }));
+                                         std::vector<win::ListRow>{},
+                                         [&] { return ReadRows(parts, nodeKey); }));
   win::ShowObjectCount(parts);
   EnableItemCommands(parts);
 }

@@ -33,19 +33,24 @@ std::u16string_view Trimmed(std::u16string_view text) {
   return text;
 }
 
-// The path in a connection string; empty when it names none.
+// The path in a connection string; empty when it names none. What stands behind a ";" without a "=" belongs
+// to the value before it: a folder's name may hold semicolons.
 std::filesystem::path DataSource(std::u16string_view connection) {
-  std::u16string_view source;
+  std::u16string source;
+  bool inSource = false;
   while (!connection.empty()) {
     const std::size_t end = connection.find(u';');
     const std::u16string_view pair = connection.substr(0, end);
     connection = end == std::u16string_view::npos ? std::u16string_view() : connection.substr(end + 1);
     const std::size_t equal = pair.find(u'=');
-    if (equal == std::u16string_view::npos) continue;
-    if (sql::SameName(Trimmed(pair.substr(0, equal)), u"Data Source"))
-      source = Trimmed(pair.substr(equal + 1));
+    if (equal != std::u16string_view::npos) {
+      inSource = sql::SameName(Trimmed(pair.substr(0, equal)), u"Data Source");
+      if (inSource) source = Trimmed(pair.substr(equal + 1));
+    } else if (inSource && !Trimmed(pair).empty()) {
+      source.append(u";").append(pair);
+    }
   }
-  return std::filesystem::path(std::u16string(source));
+  return std::filesystem::path(source);
 }
 
 // The face tells only that a file is no database it can use; where the bytes contradict the format is for
@@ -336,6 +341,8 @@ Value Recordset::Fields(std::u16string_view name) const {
 std::u16string_view Recordset::Text(std::u16string_view name) const {
   return state_->TextOf(state_->ColumnOf(name));
 }
+
+std::size_t Recordset::FieldIndex(std::u16string_view name) const { return state_->ColumnOf(name); }
 
 std::u16string_view Recordset::Text(std::size_t column) const { return state_->TextOf(column); }
 

@@ -99,7 +99,9 @@ class Recordset {
   // The same as text, NULL as the empty text. The view lives until the recordset is moved, closed or asked
   // again for the same column.
   std::u16string_view Text(std::u16string_view name) const;
-  // The same by the column's position (from 0) in the recordset; the fast way for long walks.
+  // The position (from 0) of a column in the recordset, and its text by that position: the fast way for long
+  // walks.
+  std::size_t FieldIndex(std::u16string_view name) const;
   std::u16string_view Text(std::size_t column) const;
 
   // Begins a row of NULLs. A row begun before is added first; so it is by a move.

@@ -27,7 +27,7 @@ enum class OpenMode {
   kRead,       // shared with other readers
   kReadWrite,  // for this process alone; a file that others have open is "in use"; a read-only file falls
                // back to kRead and fails at the first write
-  kCreate,  // must not exist yet; for this process alone
+  kCreate,     // must not exist yet; for this process alone
 };
 
 std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);

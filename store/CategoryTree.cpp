@@ -14,7 +14,8 @@ constexpr wchar_t kNoParent[] = L"0_";
 // Pictures of a category, at rest and selected.
 constexpr int kImage = 1, kSelectedImage = 2;
 
-// The column holds 255 characters. A name may be longer only by the blanks around it, which loading removes anyway.
+// The column holds 255 characters. A name may be longer only by the blanks around it, which loading removes
+// anyway.
 constexpr std::size_t kLongestText = 255;
 
 void SaveNode(jet::Recordset& rows, std::wstring_view parent, const win::TreeNode& node) {

@@ -78,8 +78,7 @@ void AddChild(win::MainParts& parts) {
     return;
   }
   if (win::CurrentCategory(parts).empty()) {
-    win::Inform(parts.world, parts.form.Handle(),
-                lang::Message(parts.program, lang::kSelectCategoryFirst),
+    win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kSelectCategoryFirst),
                 parts.program.productName + L" (AddChild)");
   } else {
     InsertBesideSelected(parts, win::Relationship::kChild, true);

@@ -61,8 +61,13 @@ void CTooltip::Destroy() {
   parent_ = nullptr;
 }
 
-void CTooltip::PopUp() {
-  if (handle_ != nullptr) ::SendMessageW(handle_, TTM_POPUP, 0, 0);
+void CTooltip::PointerIsAt(POINT client) {
+  if (handle_ == nullptr) return;
+  MSG moved{};
+  moved.hwnd = parent_;
+  moved.message = WM_MOUSEMOVE;
+  moved.lParam = MAKELPARAM(client.x, client.y);
+  ::SendMessageW(handle_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&moved));
 }
 
 void CTooltip::Hide() {

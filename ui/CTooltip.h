@@ -32,8 +32,10 @@ class CTooltip {
   // exists is destroyed first. Throws std::system_error when the window cannot be made.
   void Create(HWND parent);
   void Destroy();  // does nothing when there is no tooltip
-  // Shows the tip now instead of after the pointer has rested, and hides it without destroying it.
-  void PopUp();
+  // Tells a new tooltip that the pointer rests over its control already, at this place in client pixels: the
+  // tip comes after the standard time, and not only after the next movement.
+  void PointerIsAt(POINT client);
+  // Hides the tip without destroying it.
   void Hide();
 
   HWND Handle() const { return handle_; }         // null when there is no tooltip

@@ -1,5 +1,6 @@
-// app-bench: times of the window program's long ways, each beside a bare counterpart in the same run. The ratios are what
-// counts; the milliseconds depend on the machine. Needs the package folder, for the pictures and language files:
+// app-bench: times of the window program's long ways, each beside a bare counterpart in the same run. The
+// ratios are what counts; the milliseconds depend on the machine. Needs the package folder, for the pictures
+// and language files:
 //
 //   app-bench PACKAGE-FOLDER [items in the large category]
 #include "app/base/Win32.h"
@@ -33,7 +34,8 @@ double Milliseconds(const std::function<void()>& work) {
   ::QueryPerformanceCounter(&start);
   work();
   ::QueryPerformanceCounter(&end);
-  return 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) / static_cast<double>(frequency.QuadPart);
+  return 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) /
+         static_cast<double>(frequency.QuadPart);
 }
 
 // The fastest of several runs of two things that are compared, taken in turns.
@@ -51,7 +53,8 @@ Pair Fastest(int rounds, const std::function<void()>& first, const std::function
 
 void Report(const char* what, double milliseconds) { std::printf("%-58s %10.1f ms\n", what, milliseconds); }
 void Report(const char* what, const Pair& pair) {
-  std::printf("%-58s %10.1f ms %10.1f ms   ratio %.2f\n", what, pair.first, pair.second, pair.first / pair.second);
+  std::printf("%-58s %10.1f ms %10.1f ms   ratio %.2f\n", what, pair.first, pair.second,
+              pair.first / pair.second);
 }
 
 double PrivateMegabytes() {
@@ -106,16 +109,16 @@ void BareInsertions(HWND tree, const win::TreeView& model) {
     insert.hInsertAfter = TVI_LAST;
     insert.item.mask = TVIF_TEXT;
     insert.item.pszText = const_cast<wchar_t*>(L"Category");
-    const auto item =
-        reinterpret_cast<HTREEITEM>(::SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+    const auto item = reinterpret_cast<HTREEITEM>(
+        ::SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
     if (i % 21 == 0) group = item;
   }
   ::SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
 }
 
 void BareWindow() {
-  HWND window = ::CreateWindowExW(0, L"STATIC", L"bare", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50, 900, 560, nullptr,
-                                  nullptr, ::GetModuleHandleW(nullptr), nullptr);
+  HWND window = ::CreateWindowExW(0, L"STATIC", L"bare", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50, 900, 560,
+                                  nullptr, nullptr, ::GetModuleHandleW(nullptr), nullptr);
   ::UpdateWindow(window);
   ::DestroyWindow(window);
 }
@@ -169,16 +172,17 @@ int Run(const std::wstring& package, int largeCategory) {
 
   Build(parts, 21, 100000);
   QueryAlone(parts);  // both sides find the look-up built
-  Report("ShowData of 100,000 items / its query alone", Fastest(
-                                                            5, [&] { items::ShowData(parts, KeyOf(0)); },
-                                                            [&] { QueryAlone(parts); }));
+  Report("ShowData of 100,000 items / its query alone",
+         Fastest(
+             5, [&] { items::ShowData(parts, KeyOf(0)); }, [&] { QueryAlone(parts); }));
   Build(parts, 50000, 1);
   store::SaveTree(parts);
-  HWND bare = ::CreateWindowExW(0, WC_TREEVIEWW, L"", WS_CHILD | WS_VISIBLE | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT,
-                                0, 0, 200, 400, form.Handle(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
-  Report("load a tree of 50,000 categories / bare insertions", Fastest(
-                                                                   3, [&] { store::LoadTree(parts); },
-                                                                   [&] { BareInsertions(bare, parts.TreeView1); }));
+  HWND bare = ::CreateWindowExW(0, WC_TREEVIEWW, L"",
+                                WS_CHILD | WS_VISIBLE | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT, 0, 0,
+                                200, 400, form.Handle(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
+  Report("load a tree of 50,000 categories / bare insertions",
+         Fastest(
+             3, [&] { store::LoadTree(parts); }, [&] { BareInsertions(bare, parts.TreeView1); }));
   Report("save a tree of 50,000 categories", Milliseconds([&] { store::SaveTree(parts); }));
   ::DestroyWindow(bare);
 

@@ -21,9 +21,9 @@ void Write(std::ofstream& out, HWND window, int depth) {
   for (wchar_t& unit : caption) {
     if (unit == L'\t' || unit == L'\r' || unit == L'\n') unit = L' ';
   }
-  out << depth << '\t' << kestrelon::Narrow(name) << '\t' << ::GetDlgCtrlID(window) << '\t' << place.left << '\t'
-      << place.top << '\t' << place.right << '\t' << place.bottom << '\t' << ::IsWindowEnabled(window) << '\t'
-      << kestrelon::Narrow(caption) << '\n';
+  out << depth << '\t' << kestrelon::Narrow(name) << '\t' << ::GetDlgCtrlID(window) << '\t' << place.left
+      << '\t' << place.top << '\t' << place.right << '\t' << place.bottom << '\t' << ::IsWindowEnabled(window)
+      << '\t' << kestrelon::Narrow(caption) << '\n';
   for (HWND child = ::GetWindow(window, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT)) {
     Write(out, child, depth + 1);
   }

@@ -214,9 +214,9 @@ TEST_F(CTooltipTest, ShowsWhenThePointerRestsOnTheControlAndHides) {
   tip.SetTipText(L"text");
   tip.SetStyle(TipStyle::kBalloon);
   tip.Create(control);
-  SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(20, 20));
-
-  tip.PopUp();  // at once where the control can; it comes by itself in any case
+  // No movement comes after the creation.
+  tip.PointerIsAt({20, 20});
+  EXPECT_FALSE(IsWindowVisible(tip.Handle()));
   EXPECT_TRUE(test::PumpUntil([&] { return IsWindowVisible(tip.Handle()) != FALSE; }));
 
   tip.Hide();

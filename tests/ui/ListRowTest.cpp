@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "ui/win/ListView.h"
 
 namespace kestrelon::win {
@@ -50,6 +53,40 @@ TEST(ListRow, MayBeSetFromItsOwnTexts) {
   EXPECT_EQ(row.Text(1), L"e");
   EXPECT_EQ(row.Text(2), L"alias");
   EXPECT_EQ(row.Tag(), L"t");
+}
+
+TEST(ListRowMaker, MakesRowsThatOutliveItAndDoNotTouchEachOther) {
+  std::vector<ListRow> rows;
+  {
+    ListRowMaker maker;
+    for (int i = 0; i < 5000; ++i) {
+      const std::wstring number = std::to_wstring(i);
+      rows.push_back(
+          maker.Make({number, L"file " + number, L"", L"time", std::wstring(50, L'c')}, L"#" + number));
+    }
+  }
+
+  rows[17].SetText(1, L"changed to something longer");
+
+  EXPECT_EQ(rows[16].Text(1), L"16");
+  EXPECT_EQ(rows[17].Text(1), L"changed to something longer");
+  EXPECT_EQ(rows[17].Text(2), L"file 17");
+  EXPECT_EQ(rows[18].Text(1), L"18");
+  EXPECT_EQ(rows[4999].Text(2), L"file 4999");
+  EXPECT_EQ(rows[4999].Text(3), L"");
+  EXPECT_EQ(rows[4999].Tag(), L"#4999");
+}
+
+TEST(ListRowMaker, TakesARowLargerThanItsBlocks) {
+  ListRowMaker maker;
+  const std::wstring comment(200000, L'x');
+
+  const ListRow large = maker.Make({L"a", L"b", L"c", L"d", comment}, L"t");
+  const ListRow next = maker.Make({L"a2", L"", L"", L"", L""}, L"t2");
+
+  EXPECT_EQ(large.Text(5), comment);
+  EXPECT_EQ(large.Tag(), L"t");
+  EXPECT_EQ(next.Text(1), L"a2");
 }
 
 }  // namespace

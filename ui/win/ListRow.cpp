@@ -1,24 +1,48 @@
+#include <algorithm>
 #include <cassert>
+#include <utility>
 
 #include "ui/win/ListView.h"
 
 namespace kestrelon::win {
 
 namespace {
-constexpr std::size_t kTagPiece = ListRow::kColumns - 1;
+
+constexpr std::size_t kPieces = ListRow::kColumns;  // five texts and the tag
+constexpr std::size_t kTagPiece = kPieces - 1;
+constexpr std::size_t kBlock = 64 * 1024;  // units
+
+std::size_t LengthOf(const ListRow::Texts& texts, std::wstring_view tag) {
+  std::size_t length = tag.size();
+  for (const std::wstring_view text : texts) length += text.size();
+  return length;
 }
+
+// Writes the pieces one behind the other and notes where each ends.
+void Join(const ListRow::Texts& texts, std::wstring_view tag, wchar_t* to,
+          std::array<std::uint32_t, kPieces>& ends) {
+  std::size_t length = 0;
+  for (std::size_t piece = 0; piece < kPieces; ++piece) {
+    const std::wstring_view text = piece == kTagPiece ? tag : texts[piece];
+    std::copy(text.begin(), text.end(), to + length);
+    length += text.size();
+    ends[piece] = static_cast<std::uint32_t>(length);
+  }
+}
+
+}  // namespace
 
 std::wstring_view ListRow::Piece(std::size_t index) const {
   const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-  return std::wstring_view(joined_).substr(begin, ends_[index] - begin);
+  return {joined_.get() + begin, ends_[index] - begin};
 }
 
 void ListRow::SetPiece(std::size_t index, std::wstring_view text) {
-  const std::size_t begin = index == 0 ? 0 : ends_[index - 1];
-  const std::size_t oldLength = ends_[index] - begin;
-  joined_.replace(begin, oldLength, text);
-  for (std::size_t i = index; i < ends_.size(); ++i)
-    ends_[i] = static_cast<std::uint32_t>(ends_[i] - oldLength + text.size());
+  std::array<std::wstring_view, kPieces> pieces;
+  for (std::size_t piece = 0; piece < kPieces; ++piece) pieces[piece] = piece == index ? text : Piece(piece);
+  Texts texts;
+  std::copy_n(pieces.begin(), texts.size(), texts.begin());
+  Set(texts, pieces[kTagPiece]);
 }
 
 std::wstring_view ListRow::Text(std::size_t column) const {
@@ -35,18 +59,25 @@ std::wstring_view ListRow::Tag() const { return Piece(kTagPiece); }
 
 void ListRow::SetTag(std::wstring_view tag) { SetPiece(kTagPiece, tag); }
 
-void ListRow::Set(const std::array<std::wstring_view, 5>& texts, std::wstring_view tag) {
-  std::size_t length = tag.size();
-  for (const std::wstring_view text : texts) length += text.size();
-  std::wstring joined;
-  joined.reserve(length);
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    joined += texts[i];
-    ends_[i] = static_cast<std::uint32_t>(joined.size());
+void ListRow::Set(const Texts& texts, std::wstring_view tag) {
+  // The old memory goes last: the texts may lie in it.
+  const std::shared_ptr<wchar_t[]> joined = std::make_shared_for_overwrite<wchar_t[]>(LengthOf(texts, tag));
+  Join(texts, tag, joined.get(), ends_);
+  joined_ = joined;
+}
+
+ListRow ListRowMaker::Make(const ListRow::Texts& texts, std::wstring_view tag) {
+  const std::size_t length = LengthOf(texts, tag);
+  if (length > size_ - used_) {
+    size_ = std::max(kBlock, length);
+    block_ = std::make_shared_for_overwrite<wchar_t[]>(size_);
+    used_ = 0;
   }
-  joined += tag;
-  ends_[kTagPiece] = static_cast<std::uint32_t>(joined.size());
-  joined_ = std::move(joined);
+  ListRow row;
+  Join(texts, tag, block_.get() + used_, row.ends_);
+  row.joined_ = std::shared_ptr<const wchar_t[]>(block_, block_.get() + used_);
+  used_ += length;
+  return row;
 }
 
 }  // namespace kestrelon::win

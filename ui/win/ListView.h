@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,10 +20,11 @@
 namespace kestrelon::win {
 
 // A row of the item list: five texts (columns 1 to 5; column 0 shows the icon alone) and a tag, in one piece
-// of memory.
+// of memory, which copies of the row share.
 class ListRow {
  public:
   static constexpr std::size_t kColumns = 6;
+  using Texts = std::array<std::wstring_view, 5>;
   ListRow() = default;
   // column: 1 to 5; 0 gives the empty text.
   std::wstring_view Text(std::size_t column) const;
@@ -30,13 +32,25 @@ class ListRow {
   std::wstring_view Tag() const;
   void SetTag(std::wstring_view tag);
   // All at once, which costs one allocation.
-  void Set(const std::array<std::wstring_view, 5>& texts, std::wstring_view tag);
+  void Set(const Texts& texts, std::wstring_view tag);
 
  private:
+  friend class ListRowMaker;
   std::wstring_view Piece(std::size_t index) const;
   void SetPiece(std::size_t index, std::wstring_view text);
-  std::wstring joined_;                     // texts 1 to 5, then the tag
-  std::array<std::uint32_t, 6> ends_ = {};  // where each piece ends in joined_
+  std::shared_ptr<const wchar_t[]> joined_;  // texts 1 to 5, then the tag; perhaps within a larger block
+  std::array<std::uint32_t, 6> ends_ = {};   // where each piece ends in joined_
+};
+
+// Makes many rows at the cost of few allocations: their texts lie one behind the other in large blocks. A
+// block lives as long as one of its rows.
+class ListRowMaker {
+ public:
+  ListRow Make(const ListRow::Texts& texts, std::wstring_view tag);
+
+ private:
+  std::shared_ptr<wchar_t[]> block_;
+  std::size_t used_ = 0, size_ = 0;  // UTF-16 units
 };
 
 // The item list: a virtual report list over a vector of rows. Rows count from 0 here; columns from 0 (the

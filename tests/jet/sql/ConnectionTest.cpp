@@ -55,6 +55,19 @@ TEST_F(Connections, FindTheirFileInTheConnectionString) {
   }
 }
 
+TEST_F(Connections, FindAFileInAFolderWithSemicolonsInItsName) {
+  const std::filesystem::path odd = folder / "a;b; c";
+  std::filesystem::create_directory(odd);
+  const std::filesystem::path moved = MakeDatabaseFile(odd / "x;.dat");
+  for (const std::u16string& text : {u"Provider=x;Data Source=" + moved.u16string(),
+                                     u"Data Source=" + moved.u16string() + u";Persist Security Info=False"}) {
+    connection.SetConnectionString(text);
+    connection.Open();
+    EXPECT_EQ(connection.State(), 1);
+    connection.Close();
+  }
+}
+
 TEST_F(Connections, KeepTheirRowsFromOneOpeningToTheNext) {
   connection.Open();
   AddItem(connection, u"1#K");

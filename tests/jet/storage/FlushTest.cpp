@@ -9,6 +9,16 @@ std::vector<Row> AllRows(const ByteVector& bytes) {
   return rows;
 }
 
+// The rows by their FileIndex, for tables whose order changes.
+using RowsByIndex = std::map<std::u16string, Row>;
+std::u16string IndexOf(const Row& row) { return std::get<std::u16string>(row[1]); }
+RowsByIndex ByIndex(const std::vector<Row>& rows) {
+  RowsByIndex byIndex;
+  for (const Row& row : rows) byIndex[IndexOf(row)] = row;
+  EXPECT_EQ(byIndex.size(), rows.size());
+  return byIndex;
+}
+
 // Makes changes to copies of `before`, letting the flush fail at its first, second, ... write until it
 // succeeds. Calls `stopped(bytes)` with what each failure leaves, and returns the finished file.
 ByteVector FailAtEveryWrite(const ByteVector& before, std::size_t tornBytes, const auto& change,
@@ -61,39 +71,39 @@ TEST(Flush, ReplacesATablesRowsWholeOrNotAtAll) {
 // refused.
 TEST(Flush, LeavesEveryRowInItsOldOrItsNewStateOrRefusedWhereItStops) {
   const ByteVector before = FileWithRows(0, 100);
-  const std::vector<Row> oldRows = AllRows(before);
-  std::vector<Row> newRows = oldRows;
-  for (std::size_t i = 0; i < newRows.size(); i += 5) newRows[i][6] = Repeat(u"new", 100 * i);
-  newRows.push_back(VariedRow(1000));
+  const RowsByIndex oldRows = ByIndex(AllRows(before));
+  RowsByIndex newRows = oldRows;
+  for (int i = 0; i < 100; i += 5)
+    newRows.at(IndexOf(VariedRow(i)))[6] = Repeat(u"new", 100 * static_cast<std::size_t>(i));
+  newRows[IndexOf(VariedRow(1000))] = VariedRow(1000);
 
   const ByteVector after = FailAtEveryWrite(
       before, 0,
       [&](Database& database) {
         Table& items = database.OpenTable(u"FTable");
-        std::size_t i = 0;
         for (const auto& [id, row] : ReadAll(items)) {
-          const std::pair<std::size_t, Value> change{6, newRows[i][6]};
-          if (i++ % 5 == 0) items.Update(id, {&change, 1});
+          const std::pair<std::size_t, Value> change{6, newRows.at(IndexOf(row))[6]};
+          if (change.second != row[6]) items.Update(id, {&change, 1});
         }
-        items.Insert(newRows.back());
+        items.Insert(VariedRow(1000));
         database.OpenTable(u"TreeviewTable").Insert(Row(4));
       },
       [&](const ByteVector& bytes, std::size_t writes) {
-        std::vector<Row> rows;
+        RowsByIndex rows;
         try {
-          rows = AllRows(bytes);
+          rows = ByIndex(AllRows(bytes));
         } catch (const CorruptFile&) {
           EXPECT_THAT(OpenInMemory(bytes)->Check(), testing::Not(testing::IsEmpty()));
           return;
         }
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-          EXPECT_TRUE(rows[i] == newRows[i] || (i < oldRows.size() && rows[i] == oldRows[i]))
-              << "row " << i << ", stopped at write " << writes;
+        for (const auto& [index, row] : rows) {
+          EXPECT_TRUE(row == newRows.at(index) || (oldRows.contains(index) && row == oldRows.at(index)))
+              << "row " << ToUtf8(index) << ", stopped at write " << writes;
         }
         EXPECT_GE(rows.size(), oldRows.size());
       });
 
-  EXPECT_TRUE(AllRows(after) == newRows);
+  EXPECT_TRUE(ByIndex(AllRows(after)) == newRows);
   EXPECT_THAT(OpenInMemory(after)->Check(), testing::IsEmpty());
 }
 
