@@ -42,6 +42,22 @@ void SaveTreeChildren(jet::Recordset& rows, const win::TreeNode& top) {
   }
 }
 
+// The text without the blanks at its ends; it lives as long as the recordset's text.
+std::wstring_view TrimmedView(std::u16string_view text) {
+  std::wstring_view view(reinterpret_cast<const wchar_t*>(text.data()), text.size());
+  const std::size_t first = view.find_first_not_of(L' ');
+  if (first == std::wstring_view::npos) return {};
+  return view.substr(first, view.find_last_not_of(L' ') - first + 1);
+}
+
+// The node of a parent's key. Rows stand depth first, so it is mostly the node added last or that one's
+// parent.
+win::TreeNode* ParentNode(win::TreeView& tree, std::wstring_view key, win::TreeNode* last) {
+  if (last != nullptr && last->Key() == key) return last;
+  if (last != nullptr && last->Parent() != nullptr && last->Parent()->Key() == key) return last->Parent();
+  return tree.Find(std::wstring(key));
+}
+
 }  // namespace
 
 void SaveTree(win::MainParts& parts) {
@@ -65,17 +81,20 @@ void LoadTree(win::MainParts& parts) {
   Opened database(parts.connection);
   jet::Recordset rows;
   rows.Open(u"SELECT * FROM TreeviewTable order by i", database->Ado());
+  const std::size_t parentField = rows.FieldIndex(u"parent"), keyField = rows.FieldIndex(u"key"),
+                    textField = rows.FieldIndex(u"text");
+  win::TreeNode* last = nullptr;  // added
   for (; !rows.EndOfFile(); rows.MoveNext()) {
-    const std::wstring parent = Trim(ToWindows(rows.Text(u"parent")));
-    const std::wstring key = Trim(ToWindows(rows.Text(u"key")));
-    const std::wstring text = Trim(ToWindows(rows.Text(u"text")));
+    const std::wstring_view parent = TrimmedView(rows.Text(parentField));
+    const std::wstring key(TrimmedView(rows.Text(keyField)));
+    const std::wstring text(TrimmedView(rows.Text(textField)));
     if (parent == kNoParent) {
-      tree.Add(nullptr, win::Relationship::kLast, key, text, kImage, kSelectedImage);
+      last = &tree.Add(nullptr, win::Relationship::kLast, key, text, kImage, kSelectedImage);
       continue;
     }
-    win::TreeNode* parentNode = tree.Find(parent);
+    win::TreeNode* const parentNode = ParentNode(tree, parent, last);
     if (parentNode == nullptr) throw win::ControlError(win::kElementNotFound, "Element not found");
-    tree.Add(parentNode, win::Relationship::kChild, key, text, kImage, kSelectedImage);
+    last = &tree.Add(parentNode, win::Relationship::kChild, key, text, kImage, kSelectedImage);
   }
   rows.Close();
   database.Close();

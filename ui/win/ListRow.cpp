@@ -10,7 +10,9 @@ namespace {
 
 constexpr std::size_t kPieces = ListRow::kColumns;  // five texts and the tag
 constexpr std::size_t kTagPiece = kPieces - 1;
-constexpr std::size_t kBlock = 64 * 1024;  // units
+// Units. Blocks grow from the one to the other: small lists stay small, and large ones take and give back
+// their memory in pieces that the system handles whole.
+constexpr std::size_t kFirstBlock = 4 * 1024, kLargestBlock = 1024 * 1024;
 
 std::size_t LengthOf(const ListRow::Texts& texts, std::wstring_view tag) {
   std::size_t length = tag.size();
@@ -69,7 +71,7 @@ void ListRow::Set(const Texts& texts, std::wstring_view tag) {
 ListRow ListRowMaker::Make(const ListRow::Texts& texts, std::wstring_view tag) {
   const std::size_t length = LengthOf(texts, tag);
   if (length > size_ - used_) {
-    size_ = std::max(kBlock, length);
+    size_ = std::max(std::clamp(2 * size_, kFirstBlock, kLargestBlock), length);
     block_ = std::make_shared_for_overwrite<wchar_t[]>(size_);
     used_ = 0;
   }

@@ -138,6 +138,7 @@ class ListView {
   void PostSelectionChanged();
   void DeliverSelectionChanged();  // now, when one is posted: events come in the order of what the user did
   void SetState(WPARAM row, UINT state, UINT mask);
+  void DropStates();  // nothing selected, nothing focused
   void Reselect(const std::vector<std::size_t>& selected, std::optional<std::size_t> focused);
   std::optional<std::size_t> FocusedRow() const;
   void SetCount(DWORD flags);

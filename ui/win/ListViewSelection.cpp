@@ -60,11 +60,17 @@ void ListView::SetState(WPARAM row, UINT state, UINT mask) {
   Send(LVM_SETITEMSTATE, row, &item);
 }
 
+void ListView::DropStates() {
+  // The control goes through all rows for "every row": only where there is something to do.
+  if (Send(LVM_GETSELECTEDCOUNT, 0, 0) > 0) SetState(kEveryRow, 0, LVIS_SELECTED);
+  if (const std::optional<std::size_t> focused = FocusedRow()) SetState(*focused, 0, LVIS_FOCUSED);
+}
+
 void ListView::SetRows(std::vector<ListRow> rows) {
   const ScopedFlag quiet(quiet_);
   const RedrawOff off(handle_);
   // An empty list in between takes selection and focus away.
-  SetState(kEveryRow, 0, LVIS_SELECTED | LVIS_FOCUSED);
+  DropStates();
   rows_.clear();
   SetCount(0);
   rows_ = std::move(rows);
@@ -110,7 +116,7 @@ void ListView::RemoveRows(const std::vector<std::size_t>& ascendingRows) {
   }
   const ScopedFlag quiet(quiet_);
   const RedrawOff off(handle_);
-  SetState(kEveryRow, 0, LVIS_SELECTED | LVIS_FOCUSED);
+  DropStates();
   SetCount(LVSICF_NOSCROLL);
   Reselect(selected, newFocused);
 }
@@ -119,7 +125,7 @@ void ListView::Clear() { SetRows({}); }
 
 void ListView::Reselect(const std::vector<std::size_t>& selected, std::optional<std::size_t> focused) {
   const ScopedFlag quiet(quiet_);
-  SetState(kEveryRow, 0, LVIS_SELECTED | LVIS_FOCUSED);
+  DropStates();
   if (!selected.empty() && selected.size() == rows_.size()) {
     SetState(kEveryRow, LVIS_SELECTED, LVIS_SELECTED);
   } else {
