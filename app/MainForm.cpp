@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "app/CloseAllWindows.h"
 #include "app/MainFormTables.h"
 #include "app/Pictures.h"
 #include "app/SingleInstance.h"
@@ -307,7 +308,6 @@ bool MainForm::Form_QueryUnload() {
 void MainForm::Form_Unload() {
   listHelpers_.tip.Hide();
   cSysTray1_.Remove();
-  ::PostQuitMessage(0);
 }
 
 void MainForm::PaneActivated(bool list) {
@@ -395,7 +395,7 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_QUERYENDSESSION: return Form_QueryUnload();
     case WM_CLOSE:
-      if (Form_QueryUnload()) Destroy();
+      if (Form_QueryUnload()) CloseAllWindows(false);
       return 0;
     case WM_DESTROY: Form_Unload(); break;
   }

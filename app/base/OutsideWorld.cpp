@@ -10,13 +10,14 @@
 #include <memory>
 #include <stdexcept>
 
+#include "app/base/File.h"
 #include "app/base/HostCheck.h"
 
 namespace kestrelon {
 
 namespace {
 
-std::optional<std::wstring> BrowseForFolder(HWND owner) {
+std::optional<std::wstring> PickFolder(HWND owner) {
   BROWSEINFOW request{};
   request.hwndOwner = owner;
   request.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
@@ -119,7 +120,7 @@ OutsideWorld SystemWorld() {
   world.messageBox = [](HWND owner, const std::wstring& text, const std::wstring& title, UINT flags) {
     return ::MessageBoxW(owner, text.c_str(), title.c_str(), flags);
   };
-  world.browseForFolder = BrowseForFolder;
+  world.browseForFolder = PickFolder;
   world.openFiles = OpenFiles;
   world.shellFileOperation = ShellFileOperation;
   world.shellExecute = [](HWND owner, const std::wstring& verb, const std::wstring& target, int show) {
@@ -147,6 +148,11 @@ OutsideWorld SystemWorld() {
     return area;
   };
   return world;
+}
+
+std::wstring BrowseForFolder(const OutsideWorld& world, HWND owner) {
+  const std::wstring chosen = CutAtNul(world.browseForFolder(owner).value_or(std::wstring()));
+  return chosen.empty() ? chosen : WithBackslash(chosen);
 }
 
 }  // namespace kestrelon

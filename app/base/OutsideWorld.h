@@ -51,4 +51,7 @@ struct OutsideWorld {
 
 OutsideWorld SystemWorld();
 
+// Lets the user choose a folder: its path, cut at the first NUL and ending in a backslash; empty on Cancel.
+std::wstring BrowseForFolder(const OutsideWorld& world, HWND owner);
+
 }  // namespace kestrelon

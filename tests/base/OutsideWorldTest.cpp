@@ -12,6 +12,7 @@
 #include "app/base/File.h"
 #include "app/base/HostCheck.h"
 #include "app/base/OutsideWorld.h"
+#include "tests/support/FakeWorld.h"
 #include "tests/support/Pump.h"
 #include "tests/support/ScopedTestDir.h"
 
@@ -65,6 +66,16 @@ TEST(SystemWorld, GivesNothingWhenThePickerIsCancelled) {
   const OnDialog answer([](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); });
 
   EXPECT_FALSE(SystemWorld().browseForFolder(nullptr));
+}
+
+TEST(BrowseForFolder, EndsInABackslashAndIsEmptyOnCancel) {
+  test::FakeWorld world;
+  world.folders = {L"C:\\books", L"D:\\", std::wstring(L"C:\\a\0rest", 9), std::nullopt};
+
+  EXPECT_EQ(BrowseForFolder(world, nullptr), L"C:\\books\\");
+  EXPECT_EQ(BrowseForFolder(world, nullptr), L"D:\\");
+  EXPECT_EQ(BrowseForFolder(world, nullptr), L"C:\\a\\");
+  EXPECT_EQ(BrowseForFolder(world, nullptr), L"");
 }
 
 class OpenDialog : public testing::Test {
