@@ -275,6 +275,8 @@ void MainForm::Picture1_MouseMove(int x) {
 void MainForm::Picture1_MouseUp() {
   dragging_ = false;
   PlacePanes(PanesOnRelease(barLeft_, kBarWidth, InnerWidth()));
+  // The bar was dragged over the panes: what they would keep of their old picture has the bar in it.
+  ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 void MainForm::GoToTray() {

@@ -123,6 +123,24 @@ TEST_F(SplitterBar, MovesWithThePointerWhileTheButtonIsDown) {
   EXPECT_EQ(PlaceOf(List().Handle()).left, win::PixelsFromTwips(3595 + 75 + 25, 96));
 }
 
+TEST_F(SplitterBar, HasThePanesDrawnAnewWhereItWasDraggedOverThem) {
+  Start();
+  form->ShowNow(SW_SHOWNORMAL);
+  win::DoEvents();
+  SendMouse(Bar(), WM_LBUTTONDOWN, {2, 20}, MK_LBUTTON);
+  SendMouse(Bar(), WM_MOUSEMOVE, {152, 20}, MK_LBUTTON);
+  UpdateWindow(List().Handle());
+
+  SendMouse(Bar(), WM_LBUTTONUP, {2, 20});
+
+  RECT inner, invalid;
+  GetClientRect(List().Handle(), &inner);
+  ASSERT_TRUE(GetUpdateRect(List().Handle(), &invalid, FALSE));
+  EXPECT_EQ(invalid.left, inner.left);
+  EXPECT_EQ(invalid.right, inner.right);
+  EXPECT_EQ(invalid.bottom, inner.bottom);
+}
+
 TEST_F(SplitterBar, DoesNotMoveWithoutAPress) {
   Start();
   SendMouse(Bar(), WM_MOUSEMOVE, {42, 20});

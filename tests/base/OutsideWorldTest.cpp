@@ -50,16 +50,15 @@ TEST(SystemWorld, ShowsAMessageBoxAndGivesTheButtonPressed) {
 }
 
 TEST(SystemWorld, GivesTheFolderChosenInThePicker) {
-  const ScopedTestDir dir;
-  const OnDialog answer([&](HWND dialog) {
-    SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(dir.Path(L"Program").c_str()));
-    PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-  });
+  // The picker opens with the desktop selected.
+  wchar_t desktop[MAX_PATH] = L"";
+  ASSERT_EQ(SHGetFolderPathW(nullptr, CSIDL_DESKTOPDIRECTORY, nullptr, SHGFP_TYPE_CURRENT, desktop), S_OK);
+  const OnDialog answer([](HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDOK, 0); });
 
   const std::optional<std::wstring> folder = SystemWorld().browseForFolder(nullptr);
 
   ASSERT_TRUE(folder);
-  EXPECT_TRUE(EqualNoCase(*folder, dir.Path(L"Program")));
+  EXPECT_TRUE(EqualNoCase(*folder, desktop)) << Narrow(*folder);
 }
 
 TEST(SystemWorld, GivesNothingWhenThePickerIsCancelled) {
