@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/Pump.h"
+#include "ui/win/CheckList.h"
 #include "ui/win/Form.h"
 #include "ui/win/ListView.h"
 #include "ui/win/Toolbar.h"
@@ -32,6 +33,7 @@ class Host : public win::Form {
 
   win::TreeView* tree = nullptr;
   win::ListView* list = nullptr;
+  win::CheckList* checkList = nullptr;
   win::Toolbar* toolbar = nullptr;
   std::vector<UINT> commands;                       // of menus
   std::vector<std::wstring> pressed;                // buttons clicked
@@ -47,6 +49,7 @@ class Host : public win::Form {
       NMHDR& header = *reinterpret_cast<NMHDR*>(lParam);
       if (tree != nullptr && header.hwndFrom == tree->Handle()) return tree->OnNotify(header);
       if (list != nullptr && header.hwndFrom == list->Handle()) return list->OnNotify(header);
+      if (checkList != nullptr && header.hwndFrom == checkList->Handle()) return checkList->OnNotify(header);
       if (toolbar != nullptr && toolbar->OnNotify(header)) return 0;
     }
     if (message == WM_COMMAND && lParam == 0) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/ui/Host.h"
+#include "ui/win/CommandsOff.h"
 #include "ui/win/StatusBar.h"
 
 namespace kestrelon::win {
@@ -44,6 +45,28 @@ TEST_F(StatusBarTest, KeepsALongTextWhole) {
   bar.SetPanelText(1, path);
 
   EXPECT_EQ(bar.PanelText(1), path);
+}
+
+TEST_F(StatusBarTest, ShowsATextThatWasOnlyKeptWhenItIsSet) {
+  bar.SetPanelText(1, L"first");
+
+  bar.KeepPanelText(1, L"second");
+  EXPECT_EQ(bar.PanelText(1), L"second");
+  EXPECT_EQ(Shown(1), L"first");
+
+  bar.SetPanelText(1, L"second");
+  EXPECT_EQ(Shown(1), L"second");
+}
+
+TEST_F(StatusBarTest, ShowsTheLastStepOfAnOperationAtItsEnd) {
+  {
+    ProgressText progress(bar);
+    for (const wchar_t* step : {L"one", L"two", L"three"}) {
+      progress.ShowInPassing(step);
+      EXPECT_EQ(bar.PanelText(1), step);
+    }
+  }
+  EXPECT_EQ(Shown(1), L"three");
 }
 
 TEST_F(StatusBarTest, GivesTheLastPanelTheRest) {

@@ -28,6 +28,11 @@ bool TakesEnter(HWND focus) {
   return IsOfClass(focus, WC_EDITW) && (::GetWindowLongPtrW(focus, GWL_STYLE) & asked) == asked;
 }
 
+// A drop-down list that is open: Enter and Escape close it.
+bool IsOpenList(HWND focus) {
+  return IsOfClass(focus, WC_COMBOBOXW) && ::SendMessageW(focus, CB_GETDROPPEDSTATE, 0, 0) != FALSE;
+}
+
 LRESULT DialogCode(HWND control) { return ::SendMessageW(control, WM_GETDLGCODE, 0, 0); }
 
 RECT WorkAreaNear(HWND window) {
@@ -128,8 +133,10 @@ bool Form::TranslateDialogMessage(MSG& message) {
   const HWND form = Handle();
   if (form == nullptr || (message.hwnd != form && !::IsChild(form, message.hwnd))) return false;
   if (IsLabelEdit(message.hwnd)) return false;
+  if (::GetCapture() == message.hwnd) return false;  // in a drag all keys are for the control that drags
   if (message.message == WM_KEYDOWN && (message.wParam == VK_RETURN || message.wParam == VK_ESCAPE)) {
     if (message.wParam == VK_RETURN && TakesEnter(message.hwnd)) return false;
+    if (IsOpenList(message.hwnd)) return false;
     return PressesButton(message.hwnd, message.wParam);
   }
   return ::IsDialogMessageW(form, &message);

@@ -24,8 +24,9 @@ struct FontSpec {
   bool operator==(const FontSpec&) const = default;
 };
 
-// The kinds that localisation tells apart; everything else gets a font but no caption.
-enum class ControlKind { kMenu, kLabel, kCommandButton, kCheckBox, kTextBox, kFrame, kOther };
+// The kinds that localisation tells apart; everything else gets a font but no caption. An option button does
+// not check itself: what a click on it means is its form's affair.
+enum class ControlKind { kMenu, kLabel, kCommandButton, kCheckBox, kTextBox, kFrame, kOptionButton, kOther };
 
 // One named control of a form, a menu entry included. `Tag` is the key under which its caption stands in the
 // language files; an empty tag keeps the control out of localisation altogether.
@@ -72,7 +73,7 @@ class Form : public Window {
   // For MainForm: the list whose headers are localised; null for every other form.
   virtual ListView* LocalisedHeaders() { return nullptr; }
 
-  // Caption of a label, button, check box, frame or menu entry. In a menu the accelerator text after a TAB
+  // Caption of a label, button of any kind, frame or menu entry. In a menu the accelerator text after a TAB
   // stays.
   std::wstring ControlCaption(const FormControl& control) const;
   void SetControlCaption(FormControl& control, const std::wstring& text);

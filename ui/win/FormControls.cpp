@@ -26,6 +26,7 @@ Making MakingOf(ControlKind kind, DWORD asked) {
   switch (kind) {
     case ControlKind::kCommandButton: return {WC_BUTTONW, BS_PUSHBUTTON | BS_NOTIFY | WS_TABSTOP, 0};
     case ControlKind::kCheckBox: return {WC_BUTTONW, BS_AUTOCHECKBOX | BS_NOTIFY | WS_TABSTOP, 0};
+    case ControlKind::kOptionButton: return {WC_BUTTONW, BS_RADIOBUTTON | BS_NOTIFY | WS_TABSTOP, 0};
     case ControlKind::kFrame: return {WC_BUTTONW, BS_GROUPBOX, 0};
     case ControlKind::kTextBox:
       // A multi-line box that scrolls sideways would not wrap its lines.

@@ -147,9 +147,21 @@ LRESULT ListView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       if (events.mouseLeave) events.mouseLeave();
       return result;
     case WM_KEYDOWN:
-    case WM_SYSKEYDOWN:
       DeliverSelectionChanged();
       if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
+      return ::DefSubclassProc(handle_, message, wParam, lParam);
+    case WM_SYSKEYDOWN: {
+      const int shift = ShiftState();
+      DeliverSelectionChanged();
+      // The system's own part comes first: it notes that Alt went together with a key. Else the release of
+      // Alt would open the system menu of a window that the event has shown meanwhile.
+      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (handle_ != nullptr && events.keyDown) events.keyDown(static_cast<int>(wParam), shift);
+      return result;
+    }
+    case WM_SYSCHAR:
+      // Alt+Enter is the key of no menu; the system would beep.
+      if (wParam == VK_RETURN) return 0;
       return ::DefSubclassProc(handle_, message, wParam, lParam);
     case WM_CHAR:
       // Enter, Escape and Ctrl with a letter look for no row; the control would beep.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "app/base/OutsideWorld.h"
@@ -13,6 +14,9 @@
 
 namespace kestrelon::store {
 class SharedConnection;
+}
+namespace kestrelon::ui {
+class cMagneticWnd;
 }
 
 namespace kestrelon::win {
@@ -36,13 +40,21 @@ struct MainParts {
   Toolbar& Toolbar1;
   Menus& menus;
   store::SharedConnection& connection;
-  HWND Text1 = nullptr;  // holds the focus when neither pane does
+  ui::cMagneticWnd* magnets = nullptr;  // null where windows do not snap
+  HWND Text1 = nullptr;                 // holds the focus when neither pane does
   ColumnWidthTexts widthTexts{};
-  bool internalDrag = false;    // rows of our own list are being dragged
-  bool listDrag = false;        // the list's second drag flag
+  bool internalDrag = false;  // rows of our own list are being dragged
+  bool listDrag = false;      // the list's second drag flag
+  // Keys of categories: under the pointer at the last press of a button in the tree; being dragged in the
+  // tree. Empty for none.
+  std::wstring pressedCategory{}, draggedCategory{};
+  bool busy = false;            // a long operation runs; the window stays open as long
+  bool closeRequested = false;  // the user closed the window meanwhile
   bool listPaneActive = false;  // the pane that last had the focus: list, or tree
   // Tool dialogs that the user has open.
   bool listFindShown = false, treeFindShown = false, commentShown = false;
+  // Set by the comment window, which follows the list: called when another row may be selected than before.
+  std::function<void()> itemSelected{};
 };
 
 // The key of the current category; empty when none is.

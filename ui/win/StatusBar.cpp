@@ -14,6 +14,7 @@ constexpr std::size_t kPanels = 3;
 
 void StatusBar::Create(HWND parent, UINT id) {
   texts_.assign(kPanels, std::wstring());
+  behind_.assign(kPanels, false);
   handle_ = ::CreateWindowExW(0, STATUSCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0, 0,
                               parent, reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)),
                               ::GetModuleHandleW(nullptr), nullptr);
@@ -24,11 +25,19 @@ void StatusBar::Create(HWND parent, UINT id) {
 std::wstring StatusBar::PanelText(int panel) const { return texts_.at(static_cast<std::size_t>(panel) - 1); }
 
 void StatusBar::SetPanelText(int panel, const std::wstring& text) {
-  std::wstring& kept = texts_.at(static_cast<std::size_t>(panel) - 1);
-  if (kept == text) return;
+  const std::size_t index = static_cast<std::size_t>(panel) - 1;
+  std::wstring& kept = texts_.at(index);
+  if (kept == text && !behind_[index]) return;
   kept = text;
+  behind_[index] = false;
   ::SendMessageW(handle_, SB_SETTEXTW, static_cast<WPARAM>(panel - 1),
                  reinterpret_cast<LPARAM>(kept.c_str()));
+}
+
+void StatusBar::KeepPanelText(int panel, const std::wstring& text) {
+  const std::size_t index = static_cast<std::size_t>(panel) - 1;
+  texts_.at(index) = text;
+  behind_[index] = true;
 }
 
 void StatusBar::SetPanelWidths(const std::vector<int>& allButTheLast) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/base/File.h"
+#include "ui/win/NodeDrag.h"
 
 namespace kestrelon::win {
 
@@ -19,8 +20,11 @@ int ImageOf(int image) { return image > 0 ? image - 1 : I_IMAGENONE; }
 
 }  // namespace
 
+TreeView::TreeView() = default;
+
 TreeView::~TreeView() {
   quiet_ = true;
+  EndDrag();
   if (handle_ != nullptr) ::DestroyWindow(handle_);
 }
 

@@ -20,6 +20,7 @@
 
 namespace kestrelon::win {
 
+class NodeDrag;
 class TreeView;
 
 // A refusal of a control, with the number that programs of this kind know it by.
@@ -84,9 +85,17 @@ class TreeView {
     std::function<void(int keyCode, int shift)> keyDown;
     std::function<void(int button, int shift, POINT)> mouseDown, mouseMove, mouseUp;
     std::function<void()> gotFocus;
+    // While a node is dragged (BeginDrag), instead of the mouse events: the pointer moved, or the tree
+    // scrolled under it; the button was released over the tree; the drag ended in any other way (Escape,
+    // released elsewhere, another button pressed, the focus lost, the tree disabled or gone). The drag is
+    // over before either of the last two; a release is told by mouseUp too, before them. Keys other than
+    // Escape do nothing meanwhile. After a drag that was given up mouseMove counts the left button as up
+    // until it is pressed again.
+    std::function<void(POINT)> dragOver, dragDrop;
+    std::function<void()> dragCancel;
   };
 
-  TreeView() = default;
+  TreeView();
   ~TreeView();
   TreeView(const TreeView&) = delete;
   TreeView& operator=(const TreeView&) = delete;
@@ -118,6 +127,13 @@ class TreeView {
   void SetText(TreeNode& node, const std::wstring& text);
   void SetDropHighlight(TreeNode* node);
   TreeNode* DropHighlight();
+  // Drags with the picture of `pictured` at the pointer until the left button, which is down, is released.
+  // The tree scrolls when the pointer is near its edges.
+  void BeginDrag(TreeNode& pictured);
+  bool Dragging() const;
+  // A line up or down, or a step sideways, when the point is near an edge and there is more to see there. For
+  // drags of every kind.
+  void ScrollNearEdge(POINT client);
   RECT TextRectangle(TreeNode& node);  // client pixels; empty when it is scrolled out
 
   // Manual: a click on the selected node never starts editing. Automatic: the control's own way.
@@ -142,6 +158,13 @@ class TreeView {
     return Send(message, wParam, reinterpret_cast<LPARAM>(parameter));
   }
   LRESULT OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam);
+  void TellSwallowedRelease();
+  // While a node is dragged: the result of a message that is no matter of the ordinary events.
+  std::optional<LRESULT> OnDragMessage(UINT message, WPARAM wParam, LPARAM lParam);
+  void RaiseDragOver(POINT point);
+  void DropNode(POINT point);  // released there
+  void CancelDrag();
+  bool EndDrag();  // without an event; false when there was none
   void InsertItem(TreeNode& node);
   void DeleteItem(HTREEITEM item);
   void Link(TreeNode& node, TreeNode* parent, TreeNode* previous);
@@ -160,6 +183,8 @@ class TreeView {
   TreeNode* dropHighlight_ = nullptr;
   TreeNode* pressedNode_ = nullptr;  // under the left button's press that is being handled
   MouseButtons buttons_;
+  std::unique_ptr<NodeDrag> drag_;  // null: nothing is dragged
+  bool dragGivenUp_ = false;        // and the button may still be down
   UniqueImageList images_;
   bool automaticLabelEdit_ = false;
   bool startingEdit_ = false;

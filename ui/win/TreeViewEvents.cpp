@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/win/NodeDrag.h"
 #include "ui/win/TreeView.h"
 #include "ui/win/Window.h"
 
@@ -28,6 +29,7 @@ LRESULT CALLBACK TreeView::SubclassProcedure(HWND, UINT message, WPARAM wParam, 
 LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
   const POINT point = PointOf(lParam);
   buttons_.Press(button);
+  if (button == kLeft) dragGivenUp_ = false;
   if (events.mouseDown) events.mouseDown(button, ShiftState(), point);
   if (button == kRight) {
     // The control would wait for the release in a loop of its own, swallow it and offer a context menu. All
@@ -43,6 +45,10 @@ LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam
 }
 
 LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  if (Dragging()) {
+    const std::optional<LRESULT> handled = OnDragMessage(message, wParam, lParam);
+    if (handled) return *handled;
+  }
   LRESULT result = 0;
   switch (message) {
     case WM_LBUTTONDOWN:
@@ -58,7 +64,10 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       return 0;
     case WM_MOUSEMOVE:
       result = ::DefSubclassProc(handle_, message, wParam, lParam);
-      if (events.mouseMove) events.mouseMove(ButtonsOf(wParam), ShiftState(), PointOf(lParam));
+      if (events.mouseMove) {
+        const int buttons = ButtonsOf(wParam) & ~(dragGivenUp_ ? kLeft : 0);
+        events.mouseMove(buttons, ShiftState(), PointOf(lParam));
+      }
       break;
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:
@@ -73,19 +82,27 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       if (events.gotFocus) events.gotFocus();
       return result;
     case WM_NCDESTROY: {
+      const bool dragged = EndDrag();
       const HWND window = std::exchange(handle_, nullptr);
       ::RemoveWindowSubclass(window, &TreeView::SubclassProcedure, 0);
-      return ::DefSubclassProc(window, message, wParam, lParam);
+      result = ::DefSubclassProc(window, message, wParam, lParam);
+      if (dragged && events.dragCancel) events.dragCancel();
+      return result;
     }
     default: return ::DefSubclassProc(handle_, message, wParam, lParam);
   }
-  if (buttons_.ReleaseWasSwallowed(kLeft) && events.mouseUp) {
-    POINT point;
-    ::GetCursorPos(&point);
-    ::ScreenToClient(handle_, &point);
-    events.mouseUp(kLeft, ShiftState(), point);
-  }
+  TellSwallowedRelease();
   return result;
+}
+
+void TreeView::TellSwallowedRelease() {
+  if (!buttons_.ReleaseWasSwallowed(kLeft)) return;
+  const bool dragged = EndDrag();
+  POINT point;
+  ::GetCursorPos(&point);
+  ::ScreenToClient(handle_, &point);
+  if (events.mouseUp) events.mouseUp(kLeft, ShiftState(), point);
+  if (dragged && events.dragCancel) events.dragCancel();
 }
 
 void TreeView::StartLabelEdit() {
