@@ -24,9 +24,13 @@ struct ItemRecord {
 // The one place that makes an item of a file. `number` is its number within the category.
 ItemRecord MakeRecord(const std::wstring& categoryKey, std::int64_t number, const std::wstring& path,
                       const std::wstring& insertTime);
+// The same into a record that is there already: for long rows of files, since its memory is used again.
+void FillRecord(ItemRecord& record, const std::wstring& categoryKey, std::int64_t number,
+                const std::wstring& path, const std::wstring& insertTime);
 // The statement that adds it. Nothing is escaped: a double quote in a field breaks the statement, as
 // required.
-std::wstring InsertStatement(const ItemRecord& record);
+// `separator` stands between the values from the second one on; before it there is always a bare comma.
+std::wstring InsertStatement(const ItemRecord& record, std::wstring_view separator = L",");
 
 // The number that a FileIndex starts with: 7 for "7#K12", 0 where the text does not start with a digit.
 std::int64_t LeadingNumber(std::wstring_view fileIndex);
@@ -50,10 +54,22 @@ inline constexpr std::int64_t kLargest32Bit = 2147483647;  // drops count in 32
 // The current category's key; when there is none, the message is shown and the result is empty.
 std::wstring TargetCategory(win::MainParts& parts, const lang::MessageText& message);
 
-// Adds the files in their order, numbered on from the largest number of the category. Clears the
-// database-saved flag. Throws at the first file that cannot be added; those before it stay. Either way the
-// list then shows the category as it stands, with its end in view.
+// How the files of one import become items.
+struct InsertionRules {
+  std::int64_t largestNumber = kLargest16Bit;
+  bool oneTime = false;                // one insertion time for all; else each has its own
+  std::wstring_view separator = L",";  // see InsertStatement
+};
+
+// Adds the files in their order through an open connection, numbered on from the largest number of the
+// category. Clears the database-saved flag. Throws at the first file that cannot be added; those before it
+// stay.
+void InsertFiles(win::MainParts& parts, store::SharedConnection& connection, const std::wstring& categoryKey,
+                 const std::vector<std::wstring>& paths, const InsertionRules& rules);
+
+// The same for the category that the list shows: opens the connection and closes it, and at the end, also
+// after a failure, the list shows the category as it stands, with its end in view.
 void AddFiles(win::MainParts& parts, const std::wstring& categoryKey, const std::vector<std::wstring>& paths,
-              std::int64_t largestNumber);
+              const InsertionRules& rules);
 
 }  // namespace kestrelon::imports

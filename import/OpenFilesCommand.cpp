@@ -57,7 +57,7 @@ void meu_Input_Dialog_Click(win::MainParts& parts) {
     if (!returned) return false;
     const std::vector<std::wstring> paths = PathsOfSelection(*returned);
     if (paths.empty()) return false;
-    AddFiles(parts, key, paths, kLargest16Bit);
+    AddFiles(parts, key, paths, {});
     return true;
   });
 }

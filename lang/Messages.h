@@ -28,11 +28,15 @@ inline constexpr MessageText kDeleteItemsQuestion{17, L"Delete selected item(s) 
 inline constexpr MessageText kDeleteFilesQuestion{18, L"delete the original of the file at the same time? "};
 inline constexpr MessageText kNoItemSelected{
     20, L"No files selected. You need to select files for this operation."};
+// Behind it a number, and on lines of their own the paths.
+inline constexpr MessageText kSkippedAtImport{21, L"Could not be read and was left out: "};
+inline constexpr MessageText kCannotWriteToFolder{22, L"Can not write to this folder!"};
 
 // Every message, in order of number: the language files are checked against it.
 inline constexpr MessageText kMessages[] = {
     kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
     kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
-    kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected};
+    kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected,
+    kSkippedAtImport,        kCannotWriteToFolder};
 
 }  // namespace kestrelon::lang

@@ -19,9 +19,7 @@ class AddFiles : public MainFormFixture {
     SelectCategory(AddCategory(L"K_", L"category"));
     program.databaseSaved = true;
   }
-  void Add(const std::vector<std::wstring>& paths) {
-    imports::AddFiles(Parts(), L"K_", paths, imports::kLargest16Bit);
-  }
+  void Add(const std::vector<std::wstring>& paths) { imports::AddFiles(Parts(), L"K_", paths, {}); }
   Texts FileIndexes(const std::wstring& key = L"K_") {
     return Query(L"SELECT FileIndex FROM FTable WHERE TreeviewNode=" + store::Quoted(key), 1);
   }
@@ -144,7 +142,7 @@ TEST_F(AddFiles, OverflowsAfterNumber32767AndKeepsTheRowsBeforeIt) {
 TEST_F(AddFiles, CountsOnPast32767WhereTheLimitIsHigher) {
   StartWithCategory();
   AddItem(L"K_", 32767, {L"old"});
-  imports::AddFiles(Parts(), L"K_", {L"C:\\next.txt"}, imports::kLargest32Bit);
+  imports::AddFiles(Parts(), L"K_", {L"C:\\next.txt"}, {.largestNumber = imports::kLargest32Bit});
   EXPECT_EQ(FileIndexes().back(), L"32768#K_");
 }
 

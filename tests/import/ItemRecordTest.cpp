@@ -40,6 +40,13 @@ TEST(MakeRecord, TakesAPathWithoutABackslashWhole) {
   EXPECT_EQ(record.localFile, L"loose.txt");
 }
 
+TEST(FillRecord, LeavesNothingOfTheRecordBefore) {
+  imports::ItemRecord record = imports::MakeRecord(L"K12", 10, L"C:\\long\\name.txt", L"then");
+  imports::FillRecord(record, L"K", 2, L"C:\\.b", L"now");
+  EXPECT_EQ(imports::InsertStatement(record),
+            L"INSERT INTO FTable VALUES(\"K\",\"2#K\",\"\",\".b\",\"C:\\.b\",\"now\",'')");
+}
+
 TEST(InsertStatement, ListsSixValuesInDoubleQuotesAndTheEmptyComment) {
   EXPECT_EQ(imports::InsertStatement(
                 imports::MakeRecord(L"K12", 1, L"C:\\docs\\notes.txt", L"15/11/2026 13:20:05")),

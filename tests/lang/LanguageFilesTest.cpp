@@ -136,6 +136,60 @@ TEST(LanguageFiles, HaveTheTextsOfTheSlotDialogs) {
   }
 }
 
+TEST(LanguageFiles, HaveTheTextsOfTheClipboardDialog) {
+  const Shipped shipped;
+  for (const wchar_t* language : kLanguages) {
+    for (const wchar_t* key : {L"0", L"Check1", L"Command1_0", L"Command1_1"}) {
+      EXPECT_NE(shipped.Text(language, L"inputDialog", key), L"")
+          << Narrow(language + (std::wstring(L" ") + key));
+    }
+  }
+}
+
+TEST(LanguageFiles, HaveTheTextsOfTheItemDialogs) {
+  const std::map<std::wstring, std::vector<std::wstring>> dialogs = {
+      {L"FileRename", {L"0", L"Label1", L"Command1_0", L"Command1_1"}},
+      {L"FilePropterty",
+       {L"0", L"Label1_0", L"Label1_1", L"Label1_2", L"Label1_3", L"Label1_4", L"Text1", L"Command2_0",
+        L"Command2_1"}},
+      {L"frmDeletebox", {L"0", L"Command1"}}};
+  const Shipped shipped;
+  for (const wchar_t* language : kLanguages) {
+    for (const auto& [window, keys] : dialogs) {
+      for (const std::wstring& key : keys) {
+        EXPECT_NE(shipped.Text(language, window, key), L"")
+            << Narrow(language + (L" " + window + L" " + key));
+      }
+    }
+  }
+  EXPECT_EQ(shipped.Text(L"English", L"FileRename", L"0"), L"Rename");
+  EXPECT_EQ(shipped.Text(L"English", L"FilePropterty", L"0"), L"Propterties");
+  EXPECT_EQ(shipped.Text(L"English", L"FilePropterty", L"Text1"), L"File Not Found!");
+  EXPECT_EQ(shipped.Text(L"English", L"frmDeletebox", L"0"), L"Delete");
+}
+
+TEST(LanguageFiles, GiveEachControlOfADialogAnAccessKeyOfItsOwn) {
+  for (const wchar_t* language : kLanguages) {
+    std::set<std::wstring> keys;
+    for (const Line& line : Lines(language)) {
+      const std::size_t mark = line.value.find(L'&');
+      if (line.section == L"MainForm" || mark == std::wstring::npos) continue;
+      EXPECT_TRUE(keys.insert(line.section + L"/" + line.value[mark + 1]).second)
+          << Narrow(language + (L" " + line.section + L"/" + line.key));
+    }
+  }
+}
+
+TEST(LanguageFiles, HaveTheTextsOfTheCommentWindow) {
+  const Shipped shipped;
+  for (const wchar_t* language : kLanguages) {
+    for (const wchar_t* key : {L"0", L"Command1_0", L"Command1_1"}) {
+      EXPECT_NE(shipped.Text(language, L"Filelist_Comment", key), L"")
+          << Narrow(language + (std::wstring(L" ") + key));
+    }
+  }
+}
+
 TEST(LanguageFiles, HaveHeadersForTheSecondColumnToTheSixth) {
   const Shipped shipped;
   for (const wchar_t* language : kLanguages) {
