@@ -33,9 +33,14 @@ void Opened::Close() {
 std::wstring Quoted(std::wstring_view value) {
   std::wstring text;
   text.reserve(value.size() + 2);
-  text += L'"';
-  text += value;
-  return text += L'"';
+  AppendQuoted(text, value);
+  return text;
+}
+
+void AppendQuoted(std::wstring& sql, std::wstring_view value) {
+  sql += L'"';
+  sql += value;
+  sql += L'"';
 }
 
 }  // namespace kestrelon::store

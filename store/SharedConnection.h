@@ -46,5 +46,6 @@ class Opened {
 
 // `"` + value + `"`: how every value stands in a statement. Nothing inside is escaped, as required.
 std::wstring Quoted(std::wstring_view value);
+void AppendQuoted(std::wstring& sql, std::wstring_view value);
 
 }  // namespace kestrelon::store

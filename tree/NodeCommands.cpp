@@ -5,10 +5,14 @@
 #include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "tree/CategoryKeys.h"
+#include "tree/DeleteCategory.h"
+#include "tree/Tree_Find.h"
 #include "ui/win/Boxes.h"
 
 namespace kestrelon::tree {
 namespace {
+
+constexpr int kControl = 2;
 
 // Blank at the end and no number: every new category has this name until the user types another.
 constexpr const wchar_t* kNewCategory = L"New Category ";
@@ -108,15 +112,18 @@ bool TreeView1_AfterLabelEdit(win::MainParts& parts, const std::wstring& newText
   return accepted;
 }
 
-void TreeView1_KeyDown(win::MainParts& parts, int keyCode, int /*shift*/) {
+void TreeView1_KeyDown(win::MainParts& parts, TreeHelpers& helpers, int keyCode, int shift) {
   if (keyCode == VK_RETURN) parts.TreeView1.SetAutomaticLabelEdit(false);
+  if (keyCode == 'F' && shift == kControl) OpenTreeFind(parts, helpers);
   if (keyCode == VK_F2) EditSelectedCaption(parts);
+  if (keyCode == VK_DELETE) meu_Remove_Click(parts);
 }
 
 void TreeView1_MouseDown(win::MainParts& parts, int button, int /*shift*/, POINT point) {
   win::TreeView& tree = parts.TreeView1;
   tree.SetAutomaticLabelEdit(false);
   win::TreeNode* node = tree.HitTest(point);
+  parts.pressedCategory = node ? node->Key() : std::wstring();
   if (!node) {
     if (OnExpander(tree, point)) return;
     tree.Select(nullptr);
@@ -129,10 +136,14 @@ void TreeView1_MouseDown(win::MainParts& parts, int button, int /*shift*/, POINT
   }
   tree.Select(node);
   // A right click makes the category current for the menu that follows; the list keeps what it shows.
-  if (button == 2) win::SetCurrentCategory(parts, node->Text(), node->Key());
+  if (button == 2) {
+    win::SetCurrentCategory(parts, node->Text(), node->Key());
+    parts.pressedCategory.clear();
+  }
 }
 
 void TreeView1_MouseUp(win::MainParts& parts, int button, int /*shift*/, POINT point) {
+  parts.pressedCategory.clear();
   if (button != 2) return;
   ::ClientToScreen(parts.TreeView1.Handle(), &point);
   parts.menus.PopUp(L"meu_Category", point);

@@ -4,6 +4,8 @@
 
 namespace kestrelon::tree {
 
+struct TreeHelpers;
+
 // The pictures of every category, counted from 1 in the tree's image list.
 inline constexpr int kCategoryImage = 1;
 inline constexpr int kSelectedCategoryImage = 2;
@@ -27,7 +29,7 @@ void EditSelectedCaption(win::MainParts& parts);
 void TreeView1_NodeClick(win::MainParts& parts, win::TreeNode& node);
 // False keeps the old name: the new one without its outer blanks is empty or longer than 254 characters.
 bool TreeView1_AfterLabelEdit(win::MainParts& parts, const std::wstring& newText);
-void TreeView1_KeyDown(win::MainParts& parts, int keyCode, int shift);
+void TreeView1_KeyDown(win::MainParts& parts, TreeHelpers& helpers, int keyCode, int shift);
 void TreeView1_MouseDown(win::MainParts& parts, int button, int shift, POINT point);
 void TreeView1_MouseUp(win::MainParts& parts, int button, int shift, POINT point);
 

@@ -18,25 +18,17 @@
 #include "app/Connect.h"
 #include "app/MainForm.h"
 #include "app/base/File.h"
+#include "bench/app/Timing.h"
 #include "import/AddFiles.h"
 #include "items/ShowData.h"
 #include "store/SharedConnection.h"
 #include "store/Store.h"
+#include "tree/DeleteCategory.h"
 #include "tree/NodeCommands.h"
 
 namespace {
 
 using namespace kestrelon;
-
-double Milliseconds(const std::function<void()>& work) {
-  LARGE_INTEGER frequency, start, end;
-  ::QueryPerformanceFrequency(&frequency);
-  ::QueryPerformanceCounter(&start);
-  work();
-  ::QueryPerformanceCounter(&end);
-  return 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) /
-         static_cast<double>(frequency.QuadPart);
-}
 
 // The fastest of several runs of two things that are compared, taken in turns.
 struct Pair {
@@ -86,6 +78,25 @@ void Build(win::MainParts& parts, int categories, int items) {
   connection.Close();
 }
 
+// One category with sub-categories, the items spread over them.
+win::TreeNode& BuildBranch(win::MainParts& parts, int categories, int items) {
+  parts.TreeView1.Clear();
+  win::TreeNode& top = parts.TreeView1.Add(nullptr, win::Relationship::kLast, L"top_", L"Branch", 1, 2);
+  for (int i = 0; i < categories; ++i) {
+    parts.TreeView1.Add(&top, win::Relationship::kChild, KeyOf(i), L"Category", 1, 2);
+  }
+  store::Opened connection(parts.connection);
+  connection->Execute(L"DELETE * FROM FTable");
+  for (int i = 0; i < items; ++i) {
+    connection->Execute(imports::InsertStatement(
+        imports::MakeRecord(KeyOf(i % categories), i / categories + 1, L"C:\\papers\\a.txt", L"11/15/2026")));
+  }
+  connection.Close();
+  parts.TreeView1.Select(&top);
+  tree::TreeView1_NodeClick(parts, top);
+  return top;
+}
+
 void QueryAlone(win::MainParts& parts) {
   store::Opened connection(parts.connection);
   jet::Recordset rows;
@@ -129,7 +140,7 @@ int Run(const std::wstring& package, int largeCategory) {
     if ((flags & MB_ICONEXCLAMATION) == MB_ICONEXCLAMATION) {
       std::printf("box %s: %s\n", Narrow(title).c_str(), Narrow(text).c_str());
     }
-    return IDOK;
+    return (flags & MB_TYPEMASK) == MB_YESNO ? IDYES : IDOK;
   };
   const std::wstring appData = TemporaryFolder() + L"app-bench-" + std::to_wstring(::GetCurrentProcessId());
   ::CreateDirectoryW(appData.c_str(), nullptr);
@@ -185,6 +196,10 @@ int Run(const std::wstring& package, int largeCategory) {
              3, [&] { store::LoadTree(parts); }, [&] { BareInsertions(bare, parts.TreeView1); }));
   Report("save a tree of 50,000 categories", Milliseconds([&] { store::SaveTree(parts); }));
   ::DestroyWindow(bare);
+
+  BuildBranch(parts, 1000, 50000);
+  Report("delete a category with 1,000 below it and 50,000 items",
+         Milliseconds([&] { tree::meu_Remove_Click(parts); }));
 
   Build(parts, 21, 1000000);
   items::ShowData(parts, KeyOf(1));
