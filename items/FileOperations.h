@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ui/win/MainParts.h"
+
+namespace kestrelon::items {
+
+// Shows the selected row's file in the file manager.
+void meu_destinationdirectory_Click(win::MainParts& parts);
+
+// Copies the files of the selected rows into a folder that the user chooses; a file of the same name there is
+// replaced without a question. Files that cannot be copied are left out without a word.
+void meu_Copyto_Click(win::MainParts& parts);
+
+// Moves the files of the selected rows into a folder that the user chooses, and the rows with them. A file
+// that cannot be moved keeps its row as it is.
+void meu_Moveto_Click(win::MainParts& parts);
+
+// Removes the selected rows from the category and, when the user wants it, sends their files to the Recycle
+// Bin.
+void meu_Delete_Click(win::MainParts& parts);
+
+}  // namespace kestrelon::items
