@@ -9,6 +9,7 @@
 #include "app/Pictures.h"
 #include "app/SingleInstance.h"
 #include "app/SlotDialog.h"
+#include "import/ListDrop.h"
 #include "items/ItemCommands.h"
 #include "items/ShowData.h"
 #include "lang/Messages.h"
@@ -16,6 +17,8 @@
 #include "packaging/resource.h"
 #include "store/Store.h"
 #include "tree/NodeCommands.h"
+#include "tree/Rearrange.h"
+#include "tree/TreeDrop.h"
 #include "ui/win/Boxes.h"
 
 namespace kestrelon::app {
@@ -106,7 +109,9 @@ void MainForm::WireEvents() {
   TreeView1_.events.afterLabelEdit = [&parts](const std::wstring& text) {
     return tree::TreeView1_AfterLabelEdit(parts, text);
   };
-  TreeView1_.events.keyDown = [&parts](int key, int shift) { tree::TreeView1_KeyDown(parts, key, shift); };
+  TreeView1_.events.keyDown = [this](int key, int shift) {
+    tree::TreeView1_KeyDown(parts_, treeHelpers_, key, shift);
+  };
   TreeView1_.events.mouseDown = [&parts](int button, int shift, POINT point) {
     tree::TreeView1_MouseDown(parts, button, shift, point);
   };
@@ -120,7 +125,9 @@ void MainForm::WireEvents() {
   };
   ListView1_.events.selectionChanged = [&parts] { items::ListView1_SelectionChanged(parts); };
   ListView1_.events.doubleClick = [&parts] { items::ListView1_DblClick(parts); };
-  ListView1_.events.keyDown = [&parts](int key, int shift) { items::ListView1_KeyDown(parts, key, shift); };
+  ListView1_.events.keyDown = [this](int key, int shift) {
+    items::ListView1_KeyDown(parts_, listHelpers_, key, shift);
+  };
   ListView1_.events.mouseDown = [this](int, int, POINT) { listHelpers_.tip.Hide(); };
   ListView1_.events.mouseUp = [&parts](int button, int shift, POINT point) {
     items::ListView1_MouseUp(parts, button, shift, point);
@@ -130,10 +137,38 @@ void MainForm::WireEvents() {
   ListView1_.events.beginDrag = [&parts] { items::ListView1_OLEStartDrag(parts); };
   ListView1_.events.gotFocus = [this] { PaneActivated(true); };
 
+  WireDrags();
   Picture1_.events.mouseDown = [this] { dragging_ = true; };
   Picture1_.events.mouseMove = [this](int x) { Picture1_MouseMove(x); };
   Picture1_.events.mouseUp = [this] { Picture1_MouseUp(); };
   cSysTray1_.activated = [this] { cSysTray1_Activated(); };
+}
+
+void MainForm::WireDrags() {
+  win::MainParts& parts = parts_;
+  TreeView1_.events.mouseMove = [&parts](int button, int shift, POINT point) {
+    tree::TreeView1_MouseMove(parts, button, shift, point);
+  };
+  TreeView1_.events.dragOver = [&parts](POINT point) { tree::TreeView1_DragOver(parts, point); };
+  TreeView1_.events.dragDrop = [&parts](POINT) { tree::TreeView1_DragDrop(parts); };
+  TreeView1_.events.dragCancel = [&parts] { tree::TreeView1_DragCancel(parts); };
+
+  treeDrops_.events.dragOver = [&parts](IDataObject& data, POINT point) {
+    return tree::TreeView1_OLEDragOver(parts, data, point);
+  };
+  treeDrops_.events.dragLeave = [&parts] { tree::TreeView1_OLEDragLeave(parts); };
+  treeDrops_.events.drop = [&parts](IDataObject& data, POINT point) {
+    return tree::TreeView1_OLEDragDrop(parts, data, point);
+  };
+  treeDrops_.Register(TreeView1_.Handle());
+
+  listDrops_.events.dragOver = [&parts](IDataObject& data, POINT point) {
+    return imports::ListView1_OLEDragOver(parts, data, point);
+  };
+  listDrops_.events.drop = [&parts](IDataObject& data, POINT point) {
+    return imports::ListView1_OLEDragDrop(parts, data, point);
+  };
+  listDrops_.Register(ListView1_.Handle());
 }
 
 void MainForm::LoadPicturesForDpi() {
@@ -237,9 +272,11 @@ double MainForm::InnerWidth() const {
 
 void MainForm::Form_Resize(WPARAM kind) {
   if (kind == SIZE_MINIMIZED) {
+    ShowToolDialogs(false);
     GoToTray();
     return;
   }
+  ShowToolDialogs(true);
   Toolbar1_.AutoSize();
   ::SendMessageW(StatusBar1_.Handle(), WM_SIZE, 0, 0);
   PlacePanes(PanesOnResize(barLeft_, kBarWidth, InnerWidth()));
@@ -287,6 +324,13 @@ void MainForm::GoToTray() {
   }
 }
 
+void MainForm::ShowToolDialogs(bool show) {
+  const int command = show ? SW_SHOWNA : SW_HIDE;
+  if (parts_.listFindShown) ::ShowWindow(listHelpers_.find->Handle(), command);
+  if (parts_.treeFindShown) ::ShowWindow(treeHelpers_.find->Handle(), command);
+  if (parts_.commentShown) ::ShowWindow(listHelpers_.comment->Handle(), command);
+}
+
 void MainForm::cSysTray1_Activated() {
   ::ShowWindow(Handle(), ::IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
   ::SetForegroundWindow(Handle());
@@ -308,6 +352,8 @@ bool MainForm::Form_QueryUnload() {
 }
 
 void MainForm::Form_Unload() {
+  treeDrops_.Revoke();
+  listDrops_.Revoke();
   listHelpers_.tip.Hide();
   cSysTray1_.Remove();
 }
@@ -395,8 +441,12 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       Form_Resize(SIZE_RESTORED);
       return result;
     }
-    case WM_QUERYENDSESSION: return Form_QueryUnload();
+    case WM_QUERYENDSESSION: return !parts_.busy && Form_QueryUnload();
     case WM_CLOSE:
+      if (parts_.busy) {
+        parts_.closeRequested = true;  // once what is going on has come to its end
+        return 0;
+      }
       if (Form_QueryUnload()) CloseAllWindows(false);
       return 0;
     case WM_DESTROY: Form_Unload(); break;

@@ -10,8 +10,10 @@
 #include "app/base/Settings.h"
 #include "items/ListEvents.h"
 #include "store/SharedConnection.h"
+#include "tree/Tree_Find.h"
 #include "ui/CTooltip.h"
 #include "ui/modTray.h"
+#include "ui/win/DropTarget.h"
 #include "ui/win/Form.h"
 #include "ui/win/MainParts.h"
 
@@ -35,6 +37,9 @@ class MainForm : public win::Form {
   Splitter& Picture1() { return Picture1_; }
   ui::cSysTray& SysTray() { return cSysTray1_; }
   items::ListHelpers& ListHelpers() { return listHelpers_; }
+  tree::TreeHelpers& TreeHelpers() { return treeHelpers_; }
+  win::DropTarget& TreeDrops() { return treeDrops_; }
+  win::DropTarget& ListDrops() { return listDrops_; }
 
   // One-based; button 5 is a separator. Which command it starts depends on the pane that was last active.
   void Toolbar1_ButtonClick(int button);
@@ -53,6 +58,7 @@ class MainForm : public win::Form {
   // Loading, in the order of the calls.
   void CreateControls();
   void WireEvents();
+  void WireDrags();
   void LoadPicturesForDpi();
   void Form_Load();
   void ApplyColumnWidths();
@@ -69,6 +75,7 @@ class MainForm : public win::Form {
 
   // Tray and closing.
   void GoToTray();
+  void ShowToolDialogs(bool show);  // those that the user has open go and come back with the window
   void cSysTray1_Activated();
   bool Form_QueryUnload();  // false: the window stays
   void Form_Unload();
@@ -86,14 +93,29 @@ class MainForm : public win::Form {
   void meu_AddPreviousSibling_Click();
   void meu_AddNextSibling_Click();
   void meu_AddLastSibling_Click();
+  void meu_AddDirectory_Click();
   void meu_AddChild_Click();
+  void meu_Remove_Click();
+  void meu_aa_Click();
   void meu_Input_Dialog_Click();
+  void meu_Imput_Clipboard_Click();
+  void meu_rename_Click();
+  void meu_Definenameasfilename_Click();
   void meu_ShowItemInfo_Click();
+  void meu_Changecategory_Click();
   void meu_openfile_Click();
+  void meu_destinationdirectory_Click();
+  void meu_Copyto_Click();
+  void meu_Moveto_Click();
+  void meu_Delete_Click();
+  void meu_comment_Click();
+  void meu_Properties_Click();
   void meu_English_Click();
   void meu_Chinese_Traditional_Click();
   void meu_Chinese_Simplified_Click();
   void EditCaption();
+  void FindInItems();
+  void FindInCategories();
   void SelectLanguageName(const std::wstring& name);
 
   Program& program_;
@@ -110,6 +132,8 @@ class MainForm : public win::Form {
   ui::CTooltip treeTip_;
   ui::cSysTray cSysTray1_;
   items::ListHelpers listHelpers_;
+  tree::TreeHelpers treeHelpers_;
+  win::DropTarget treeDrops_, listDrops_;
   double barLeft_ = 3000;  // twips
   unsigned dpi_ = 96;      // that pictures and columns were made for
   bool dragging_ = false;  // the splitter

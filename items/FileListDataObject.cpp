@@ -83,6 +83,26 @@ class FileListDataObject final : public IDataObject {
   bool any_;
 };
 
+// Says whether the drag goes on: until the left button is up or Escape is pressed.
+class DropSource final : public IDropSource {
+ public:
+  virtual ~DropSource() = default;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
+    if (!object) return E_POINTER;
+    const bool known = id == IID_IUnknown || id == IID_IDropSource;
+    *object = known ? static_cast<IDropSource*>(this) : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
+  }
+  // Lives on the stack of the drag.
+  ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
+  HRESULT STDMETHODCALLTYPE QueryContinueDrag(BOOL escape, DWORD keys) noexcept override {
+    if (escape) return DRAGDROP_S_CANCEL;
+    return (keys & MK_LBUTTON) ? S_OK : DRAGDROP_S_DROP;
+  }
+  HRESULT STDMETHODCALLTYPE GiveFeedback(DWORD) noexcept override { return DRAGDROP_S_USEDEFAULTCURSORS; }
+};
+
 }  // namespace
 
 std::vector<std::uint8_t> FileDropBytes(const std::vector<std::wstring>& paths) {
@@ -100,6 +120,15 @@ std::vector<std::uint8_t> FileDropBytes(const std::vector<std::wstring>& paths) 
 
 win::ComPtr<IDataObject> MakeFileListDataObject(const std::vector<std::wstring>& paths) {
   return win::ComPtr<IDataObject>(new FileListDataObject(paths));
+}
+
+DWORD DragFilesOut(const std::vector<std::wstring>& paths) {
+  const win::ComPtr<IDataObject> data = MakeFileListDataObject(paths);
+  DropSource source;
+  DWORD effect = DROPEFFECT_NONE;
+  return ::DoDragDrop(data.get(), &source, DROPEFFECT_COPY, &effect) == DRAGDROP_S_DROP
+             ? effect
+             : DWORD{DROPEFFECT_NONE};
 }
 
 }  // namespace kestrelon::items

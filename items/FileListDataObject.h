@@ -19,4 +19,8 @@ std::vector<std::uint8_t> FileDropBytes(const std::vector<std::wstring>& paths);
 // A data object that offers the paths as CF_HDROP; without paths it offers nothing at all.
 win::ComPtr<IDataObject> MakeFileListDataObject(const std::vector<std::wstring>& paths);
 
+// Drags the paths with the left button, which is down, to wherever it is released; they can be copied there
+// and nothing else. Returns when the drag is over, with the effect that the drop had.
+DWORD DragFilesOut(const std::vector<std::wstring>& paths);
+
 }  // namespace kestrelon::items

@@ -22,6 +22,7 @@ void EnableItemCommands(win::MainParts& parts) {
   const bool selected = parts.ListView1.SelectedRow().has_value();
   for (const wchar_t* entry : kItemEntries) parts.menus.Enable(entry, selected);
   EnableItemButtons(parts, selected);
+  if (parts.itemSelected) parts.itemSelected();
 }
 
 void EnableItemButtons(win::MainParts& parts, bool enabled) {

@@ -4,8 +4,9 @@
 
 namespace kestrelon::items {
 
-// The menu entries and toolbar buttons that act on selected items are enabled exactly while a row is
-// selected.
+// To be called whenever another row may be selected than before, or none: the menu entries and toolbar
+// buttons that act on selected items are enabled exactly while a row is selected, and MainParts::itemSelected
+// is called.
 void EnableItemCommands(win::MainParts& parts);
 // The toolbar's share of it: buttons 6 to 9.
 void EnableItemButtons(win::MainParts& parts, bool enabled);

@@ -1,11 +1,11 @@
 #include "items/ListEvents.h"
 
-#include <ole2.h>
-
 #include <cstdlib>
 
 #include "app/base/File.h"
 #include "items/FileListDataObject.h"
+#include "items/FileOperations.h"
+#include "items/FilePropterty.h"
 #include "items/ItemCommands.h"
 #include "items/ItemInformation.h"
 #include "items/OpenItem.h"
@@ -16,26 +16,6 @@ namespace {
 
 constexpr int kControl = 2;
 constexpr int kAlt = 4;
-
-// Says whether the drag goes on: until the left button is up or Escape is pressed.
-class DropSource final : public IDropSource {
- public:
-  virtual ~DropSource() = default;
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
-    if (!object) return E_POINTER;
-    const bool known = id == IID_IUnknown || id == IID_IDropSource;
-    *object = known ? static_cast<IDropSource*>(this) : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
-  }
-  // Lives on the stack of the drag.
-  ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
-  ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
-  HRESULT STDMETHODCALLTYPE QueryContinueDrag(BOOL escape, DWORD keys) noexcept override {
-    if (escape) return DRAGDROP_S_CANCEL;
-    return (keys & MK_LBUTTON) ? S_OK : DRAGDROP_S_DROP;
-  }
-  HRESULT STDMETHODCALLTYPE GiveFeedback(DWORD) noexcept override { return DRAGDROP_S_USEDEFAULTCURSORS; }
-};
 
 }  // namespace
 
@@ -53,10 +33,16 @@ void ListView1_ColumnClick(win::MainParts& parts, ListHelpers& helpers, std::siz
 
 void ListView1_DblClick(win::MainParts& parts) { OpenSelectedItem(parts); }
 
-void ListView1_KeyDown(win::MainParts& parts, int keyCode, int shift) {
+void ListView1_KeyDown(win::MainParts& parts, ListHelpers& helpers, int keyCode, int shift) {
   if (keyCode == VK_F6) OpenSelectedItem(parts);
-  if (keyCode == 'A' && shift == kControl && parts.ListView1.Count() > 0) parts.ListView1.SelectAll();
+  if (keyCode == 'F' && shift == kControl) OpenListFind(parts, helpers);
+  if (keyCode == 'A' && shift == kControl && parts.ListView1.Count() > 0) {
+    parts.ListView1.SelectAll();
+    EnableItemCommands(parts);
+  }
+  if (keyCode == VK_DELETE && parts.menus.IsEnabled(L"meu_Delete")) meu_Delete_Click(parts);
   if (keyCode == VK_RETURN && (shift & kAlt) == 0) OpenSelectedItem(parts);
+  if (keyCode == VK_RETURN && shift == kAlt) meu_Properties_Click(parts);
 }
 
 void ListView1_MouseUp(win::MainParts& parts, int button, int /*shift*/, POINT point) {
@@ -79,15 +65,15 @@ std::vector<std::wstring> DraggedPaths(win::MainParts& parts) {
 
 void ListView1_OLEStartDrag(win::MainParts& parts) {
   win::Quietly([&] {
-    const win::ComPtr<IDataObject> data = MakeFileListDataObject(DraggedPaths(parts));
-    DropSource source;
+    const std::vector<std::wstring> paths = DraggedPaths(parts);
     // While these are set, a drop on the tree moves the items instead of adding the files.
     parts.internalDrag = parts.listDrag = true;
-    const win::Finally completed([&] { parts.internalDrag = parts.listDrag = false; });
-    DWORD effect = DROPEFFECT_NONE;
-    ::DoDragDrop(data.get(), &source, DROPEFFECT_COPY, &effect);
+    const win::Finally completed([&] { ListView1_OLECompleteDrag(parts); });
+    DragFilesOut(paths);
   });
 }
+
+void ListView1_OLECompleteDrag(win::MainParts& parts) { parts.internalDrag = parts.listDrag = false; }
 
 void meu_ShowItemInfo_Click(win::MainParts& parts, ListHelpers& helpers) {
   const bool show = !parts.menus.IsChecked(L"meu_ShowItemInfo");

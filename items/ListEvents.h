@@ -4,16 +4,21 @@
 #include <string>
 #include <vector>
 
+#include "items/Filelist_Comment.h"
 #include "items/ItemTip.h"
+#include "items/List_Find.h"
 #include "ui/cLVHeaderSortIcons.h"
 #include "ui/win/MainParts.h"
 
 namespace kestrelon::items {
 
-// What the list's events share: the header arrows, made at the first sort, and the information tip.
+// What the list's events share: the header arrows, made at the first sort, the information tip, and the
+// comment and the search window, made when they are first opened.
 struct ListHelpers {
   std::unique_ptr<ui::cLVHeaderSortIcons> sortIcons;
   ItemTip tip;
+  std::unique_ptr<Filelist_Comment> comment;
+  std::unique_ptr<List_Find> find;
 };
 
 // Columns count from 0 (the icon column); points are client pixels; button 1 is left, 2 right; shift 1, 2, 4
@@ -23,7 +28,7 @@ struct ListHelpers {
 // any other column comes back with the direction it had.
 void ListView1_ColumnClick(win::MainParts& parts, ListHelpers& helpers, std::size_t column);
 void ListView1_DblClick(win::MainParts& parts);
-void ListView1_KeyDown(win::MainParts& parts, int keyCode, int shift);
+void ListView1_KeyDown(win::MainParts& parts, ListHelpers& helpers, int keyCode, int shift);
 void ListView1_MouseUp(win::MainParts& parts, int button, int shift, POINT point);
 void ListView1_SelectionChanged(win::MainParts& parts);
 
@@ -33,6 +38,8 @@ std::vector<std::wstring> DraggedPaths(win::MainParts& parts);
 // Drags the selected rows out as a list of files, to be copied and never moved. Returns when the drag is
 // over.
 void ListView1_OLEStartDrag(win::MainParts& parts);
+// The end of that drag: neither of its flags is set any more.
+void ListView1_OLECompleteDrag(win::MainParts& parts);
 
 // Switches the tip on or off.
 void meu_ShowItemInfo_Click(win::MainParts& parts, ListHelpers& helpers);
