@@ -113,6 +113,10 @@ class MainForm : public win::Form {
   void meu_English_Click();
   void meu_Chinese_Traditional_Click();
   void meu_Chinese_Simplified_Click();
+  void meu_moretips_Click();
+  void meu_sendemailtoauthor_Click();
+  void meu_reportingbugs_Click();
+  void meu_about_Click();
   void EditCaption();
   void FindInItems();
   void FindInCategories();

@@ -13,6 +13,9 @@
 #include "tree/DeleteCategory.h"
 #include "tree/DirectoryImport.h"
 #include "tree/NodeCommands.h"
+#include "ui/Mail.h"
+#include "ui/frmAbout.h"
+#include "ui/frmTip.h"
 #include "ui/win/Boxes.h"
 
 namespace kestrelon::app {
@@ -44,6 +47,12 @@ void MainForm::meu_Properties_Click() { items::meu_Properties_Click(parts_); }
 void MainForm::meu_English_Click() { SelectLanguageName(L"English"); }
 void MainForm::meu_Chinese_Traditional_Click() { SelectLanguageName(L"Chinese_T"); }
 void MainForm::meu_Chinese_Simplified_Click() { SelectLanguageName(L"Chinese_S"); }
+void MainForm::meu_moretips_Click() { ui::frmTip(program_, world_).Show(Handle()); }
+void MainForm::meu_sendemailtoauthor_Click() {
+  ui::meu_sendemailtoauthor_Click(program_, world_, Handle());
+}
+void MainForm::meu_reportingbugs_Click() { ui::meu_reportingbugs_Click(program_, world_, Handle()); }
+void MainForm::meu_about_Click() { ui::frmAbout(program_, world_).Show(Handle()); }
 void MainForm::EditCaption() { tree::EditSelectedCaption(parts_); }
 void MainForm::FindInItems() { items::OpenListFind(parts_, listHelpers_); }
 void MainForm::FindInCategories() { tree::OpenTreeFind(parts_, treeHelpers_); }

@@ -53,12 +53,12 @@ const MainFormTables::Command MainFormTables::kCommands[] = {
     {2, L"meu_Chinese_Simplified", L"Chinese_Simplified", &MainForm::meu_Chinese_Simplified_Click},
 
     {0, L"meu_help", L"&Help", nullptr, true},
-    {1, L"meu_moretips", L"&More tips", nullptr},
+    {1, L"meu_moretips", L"&More tips", &MainForm::meu_moretips_Click},
     {1, nullptr, nullptr, nullptr},
-    {1, L"meu_sendemailtoauthor", L"&Send E-mail to Author...", nullptr},
-    {1, L"meu_reportingbugs", L"Reporting Bugs...", nullptr},
+    {1, L"meu_sendemailtoauthor", L"&Send E-mail to Author...", &MainForm::meu_sendemailtoauthor_Click},
+    {1, L"meu_reportingbugs", L"Reporting Bugs...", &MainForm::meu_reportingbugs_Click},
     {1, nullptr, nullptr, nullptr},
-    {1, L"meu_about", L"about...", nullptr},
+    {1, L"meu_about", L"about...", &MainForm::meu_about_Click},
 };
 const std::size_t MainFormTables::kCommandCount = sizeof(kCommands) / sizeof(kCommands[0]);
 

@@ -31,12 +31,14 @@ inline constexpr MessageText kNoItemSelected{
 // Behind it a number, and on lines of their own the paths.
 inline constexpr MessageText kSkippedAtImport{21, L"Could not be read and was left out: "};
 inline constexpr MessageText kCannotWriteToFolder{22, L"Can not write to this folder!"};
+inline constexpr MessageText kNoSystemInformation{23,
+                                                  L"System information is not available on this computer."};
 
 // Every message, in order of number: the language files are checked against it.
 inline constexpr MessageText kMessages[] = {
     kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
     kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
     kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected,
-    kSkippedAtImport,        kCannotWriteToFolder};
+    kSkippedAtImport,        kCannotWriteToFolder, kNoSystemInformation};
 
 }  // namespace kestrelon::lang

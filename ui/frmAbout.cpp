@@ -102,10 +102,12 @@ void frmAbout::Form_Load() {
 
 void frmAbout::LayOut() {
   Form::LayOut();
+  const win::FormControl* const image = Find(L"Image1");
+  if (!image) return;
   const int pixels = win::PixelsFromTwips(kIconSize, Dpi());
   const HANDLE icon = ::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDI_PROGRAM), IMAGE_ICON,
                                    pixels, pixels, LR_SHARED);
-  ::SendMessageW(Find(L"Image1")->window, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
+  ::SendMessageW(image->window, STM_SETICON, reinterpret_cast<WPARAM>(icon), 0);
 }
 
 void frmAbout::lblTitle_Click() { world_.shellExecute(Handle(), L"", program_.homePage, SW_SHOWNORMAL); }
@@ -118,7 +120,11 @@ void frmAbout::cmdSysInfo_Click() {
 }
 
 bool frmAbout::IsLink(HWND control) {
-  return control != nullptr && (control == Find(L"lblTitle")->window || control == Find(L"Label1")->window);
+  for (const wchar_t* name : {L"lblTitle", L"Label1"}) {
+    const win::FormControl* const label = Find(name);
+    if (label && label->window && label->window == control) return true;
+  }
+  return false;
 }
 
 LRESULT frmAbout::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {

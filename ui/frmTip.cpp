@@ -1,5 +1,6 @@
 #include "ui/frmTip.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "lang/SelectLanguage.h"
@@ -121,11 +122,8 @@ void frmTip::Form_Load() {
 
   world_.reseedRandom();
   const auto bytes = BytesOf(program_.programFolder + kTipsFile);
-  if (!bytes) {
-    SetControlCaption(*Find(L"lblTipText"), std::wstring(L"File ") + kTipsFile + L" not found ? ");
-    return;
-  }
-  tips_ = TipsOf(*bytes);
+  tips_ = TipsOf(bytes.value_or(std::string()));
+  if (!bytes) SetControlCaption(*Find(L"lblTipText"), std::wstring(L"File ") + kTipsFile + L" not found ? ");
   if (tips_.empty()) return;
   tip_ = static_cast<std::size_t>(world_.randomFraction() * static_cast<double>(tips_.size())) + 1;
   ShowTip();

@@ -51,8 +51,11 @@ void cSysTray::Remove() {
 bool cSysTray::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == taskbarCreated_ && shown_) {
     NOTIFYICONDATAW data = Data();
-    shown_ = notify_(NIM_ADD, data);
-    return false;  // others may want to hear of it too
+    // Some systems send the message with the task bar still there, when the screen changes its DPI: the icon
+    // is there as well then and cannot be added.
+    shown_ = notify_(NIM_ADD, data) || notify_(NIM_MODIFY, data);
+    if (!shown_ && activated) activated();  // nothing else would bring the window back
+    return false;                           // others may want to hear of it too
   }
   if (callback_ == 0 || message != callback_ || wParam != kIconId) return false;
   if (shown_ && (lParam == WM_LBUTTONUP || lParam == WM_LBUTTONDBLCLK) && activated) activated();

@@ -31,7 +31,8 @@ class cSysTray {
   void Remove();  // does nothing when the icon is not shown
   bool IsShown() const { return shown_; }
 
-  // A click or a double click with the left button. Not raised any more once the icon has been removed.
+  // A click or a double click with the left button, or the loss of the icon: the window is to come back. A
+  // click is not raised any more once the icon has been removed.
   std::function<void()> activated;
 
   // To be shown every message of the window. True when it was the icon's callback; after a restart of the

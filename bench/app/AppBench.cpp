@@ -23,8 +23,10 @@
 #include "items/ShowData.h"
 #include "store/SharedConnection.h"
 #include "store/Store.h"
+#include "tree/Changecategory.h"
 #include "tree/DeleteCategory.h"
 #include "tree/NodeCommands.h"
+#include "tree/Tree_Find.h"
 
 namespace {
 
@@ -127,6 +129,12 @@ void BareInsertions(HWND tree, const win::TreeView& model) {
   ::SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
 }
 
+// A search that goes through everything, since nothing matches.
+double SearchInVain(win::Form& window) {
+  ::SetWindowTextW(window.Find(L"Text1")->window, L"no such text");
+  return Milliseconds([&] { ::SendMessageW(window.Find(L"Command1", 0)->window, BM_CLICK, 0, 0); });
+}
+
 void BareWindow() {
   HWND window = ::CreateWindowExW(0, L"STATIC", L"bare", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50, 900, 560,
                                   nullptr, nullptr, ::GetModuleHandleW(nullptr), nullptr);
@@ -181,6 +189,15 @@ int Run(const std::wstring& package, int largeCategory) {
            ::UpdateWindow(parts.ListView1.Handle());
          }));
 
+  Build(parts, 5000, 50000);
+  items::ShowData(parts, KeyOf(0));
+  items::OpenListFind(parts, form.ListHelpers());
+  Report("find in 50,000 items, to the end", SearchInVain(*form.ListHelpers().find));
+  tree::OpenTreeFind(parts, form.TreeHelpers());
+  Report("find in 5,000 categories, to the end", SearchInVain(*form.TreeHelpers().find));
+  form.ListHelpers().find->Close();
+  form.TreeHelpers().find->Close();
+
   Build(parts, 21, 100000);
   QueryAlone(parts);  // both sides find the look-up built
   Report("ShowData of 100,000 items / its query alone",
@@ -194,6 +211,11 @@ int Run(const std::wstring& package, int largeCategory) {
   Report("load a tree of 50,000 categories / bare insertions",
          Fastest(
              3, [&] { store::LoadTree(parts); }, [&] { BareInsertions(bare, parts.TreeView1); }));
+  Report("copy it for the dialog that changes an item's category", Milliseconds([&] {
+           win::TreeView copy;
+           copy.Create(form.Handle(), 1);
+           tree::CopyCategories(parts.TreeView1, copy);
+         }));
   Report("save a tree of 50,000 categories", Milliseconds([&] { store::SaveTree(parts); }));
   ::DestroyWindow(bare);
 

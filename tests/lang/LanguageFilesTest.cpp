@@ -152,7 +152,10 @@ TEST(LanguageFiles, HaveTheTextsOfTheItemDialogs) {
       {L"FilePropterty",
        {L"0", L"Label1_0", L"Label1_1", L"Label1_2", L"Label1_3", L"Label1_4", L"Text1", L"Command2_0",
         L"Command2_1"}},
-      {L"frmDeletebox", {L"0", L"Command1"}}};
+      {L"frmDeletebox", {L"0", L"Command1"}},
+      {L"List_Find", {L"0", L"lblFind", L"lblIn", L"Command1_0", L"Command1_1"}},
+      {L"Tree_Find", {L"0", L"Label1", L"Command1_0", L"Command1_1"}},
+      {L"Changecategory", {L"0", L"Label1", L"Label2", L"Command1_0", L"Command1_1"}}};
   const Shipped shipped;
   for (const wchar_t* language : kLanguages) {
     for (const auto& [window, keys] : dialogs) {
