@@ -51,7 +51,10 @@ MainForm::MainForm(Program& program, OutsideWorld& world, ui::cSysTray::Notify n
       connection_(program.connectionString),
       parts_{program_,   world_,      settings_, *this,  TreeView1_,
              ListView1_, StatusBar1_, Toolbar1_, menus_, connection_},
-      cSysTray1_(notify ? ui::cSysTray(std::move(notify)) : ui::cSysTray()) {}
+      cSysTray1_(notify ? ui::cSysTray(std::move(notify)) : ui::cSysTray()),
+      magnets_(world.cursorPosition, world.workArea) {
+  parts_.magnets = &magnets_;
+}
 
 MainForm::~MainForm() { Destroy(); }
 
@@ -188,6 +191,7 @@ void MainForm::LoadPicturesForDpi() {
 
 void MainForm::Form_Load() {
   LoadPicturesForDpi();
+  magnets_.AddWindow(Handle());
 
   const int screenWidth = ::GetSystemMetrics(SM_CXSCREEN), screenHeight = ::GetSystemMetrics(SM_CYSCREEN);
   const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi_), screenWidth);

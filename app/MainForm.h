@@ -12,6 +12,7 @@
 #include "store/SharedConnection.h"
 #include "tree/Tree_Find.h"
 #include "ui/CTooltip.h"
+#include "ui/cMagneticWnd.h"
 #include "ui/modTray.h"
 #include "ui/win/DropTarget.h"
 #include "ui/win/Form.h"
@@ -36,6 +37,7 @@ class MainForm : public win::Form {
   win::MainParts& Parts() { return parts_; }
   Splitter& Picture1() { return Picture1_; }
   ui::cSysTray& SysTray() { return cSysTray1_; }
+  ui::cMagneticWnd& Magnets() { return magnets_; }
   items::ListHelpers& ListHelpers() { return listHelpers_; }
   tree::TreeHelpers& TreeHelpers() { return treeHelpers_; }
   win::DropTarget& TreeDrops() { return treeDrops_; }
@@ -135,6 +137,7 @@ class MainForm : public win::Form {
   Splitter Picture1_;
   ui::CTooltip treeTip_;
   ui::cSysTray cSysTray1_;
+  ui::cMagneticWnd magnets_;  // outlives the tool windows, which leave it when they go
   items::ListHelpers listHelpers_;
   tree::TreeHelpers treeHelpers_;
   win::DropTarget treeDrops_, listDrops_;

@@ -48,9 +48,7 @@ void MainForm::meu_English_Click() { SelectLanguageName(L"English"); }
 void MainForm::meu_Chinese_Traditional_Click() { SelectLanguageName(L"Chinese_T"); }
 void MainForm::meu_Chinese_Simplified_Click() { SelectLanguageName(L"Chinese_S"); }
 void MainForm::meu_moretips_Click() { ui::frmTip(program_, world_).Show(Handle()); }
-void MainForm::meu_sendemailtoauthor_Click() {
-  ui::meu_sendemailtoauthor_Click(program_, world_, Handle());
-}
+void MainForm::meu_sendemailtoauthor_Click() { ui::meu_sendemailtoauthor_Click(program_, world_, Handle()); }
 void MainForm::meu_reportingbugs_Click() { ui::meu_reportingbugs_Click(program_, world_, Handle()); }
 void MainForm::meu_about_Click() { ui::frmAbout(program_, world_).Show(Handle()); }
 void MainForm::EditCaption() { tree::EditSelectedCaption(parts_); }

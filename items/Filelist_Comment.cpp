@@ -7,6 +7,7 @@
 #include "items/ListEvents.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
+#include "ui/cMagneticWnd.h"
 
 namespace kestrelon::items {
 namespace {
@@ -65,6 +66,7 @@ void Filelist_Comment::Open() {
   parts_.commentShown = true;
   parts_.menus.Check(L"meu_comment", true);
   FollowSelection();
+  if (parts_.magnets) parts_.magnets->AddWindow(Handle(), parts_.form.Handle());
   ::ShowWindow(Handle(), SW_SHOW);
   ::SetFocus(Find(L"Text1")->window);
 }
@@ -74,6 +76,7 @@ void Filelist_Comment::Hide() {
   parts_.menus.Check(L"meu_comment", false);
   if (Handle() == nullptr) return;
   Remember(L"", L"", L"");
+  if (parts_.magnets) parts_.magnets->RemoveWindow(Handle());
   ::ShowWindow(Handle(), SW_HIDE);
 }
 

@@ -30,7 +30,6 @@ namespace {
 using namespace kestrelon;
 
 constexpr int kFilesPerFolder = 100;
-constexpr int kRounds = 3;
 
 // Names as people and devices give them.
 std::wstring NameOf(int file) {
@@ -113,7 +112,8 @@ void Measure(win::MainParts& parts, const std::wstring& top, int files) {
   const std::vector<std::wstring> statements = Statements(folders);
   parts.world.browseForFolder = [&](HWND) { return top; };
   double walk = 1e9, inserts = 1e9, whole = 1e9;
-  for (int round = 0; round < kRounds; ++round) {
+  const int rounds = std::clamp(100000 / files, 3, 20);  // the shorter, the easier disturbed
+  for (int round = 0; round < rounds; ++round) {
     std::size_t found = 0;
     walk = std::min(walk, Milliseconds([&] { found = Walk(top); }));
     EmptyEverything(parts);

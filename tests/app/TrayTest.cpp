@@ -88,6 +88,35 @@ TEST_F(Tray, ThePanesAreInPlaceAfterTheReturn) {
   EXPECT_TRUE(EqualRect(&before, &after));
 }
 
+TEST_F(Tray, TheIconComesAgainWhenTheTaskBarHasStartedAnew) {
+  Start();
+  Minimise();
+
+  SendMessageW(form->Handle(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+
+  EXPECT_EQ(trayMessages, (std::vector<DWORD>{NIM_ADD, NIM_ADD}));
+  EXPECT_FALSE(IsWindowVisible(form->Handle()));
+  IconSends(WM_LBUTTONUP);
+  EXPECT_TRUE(IsWindowVisible(form->Handle()));
+}
+
+TEST_F(Tray, ANewTaskBarGetsNoIconOfAWindowThatIsShown) {
+  Start();
+  SendMessageW(form->Handle(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+  EXPECT_TRUE(trayMessages.empty());
+}
+
+TEST_F(Tray, TheWindowComesBackWhenANewTaskBarTakesNoIcon) {
+  Start();
+  Minimise();
+  trayWorks = false;
+
+  SendMessageW(form->Handle(), RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+
+  EXPECT_TRUE(IsWindowVisible(form->Handle()));
+  EXPECT_FALSE(IsIconic(form->Handle()));
+}
+
 TEST_F(Tray, TheIconGoesWithTheWindow) {
   Start();
   Minimise();

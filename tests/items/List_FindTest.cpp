@@ -3,7 +3,6 @@
 #include "items/List_Find.h"
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
-#include "ui/cMagneticWnd.h"
 
 namespace kestrelon::test {
 namespace {
@@ -393,9 +392,7 @@ TEST_F(FindInItems, MakesTheMainWindowWaitWhileItSaysThatThereIsNone) {
 
 TEST_F(FindInItems, IsMagneticAndGluedToTheMainWindowWhileItIsOpen) {
   StartWithAliases({L"one"});
-  ui::cMagneticWnd magnets(world.cursorPosition, world.workArea);
-  Parts().magnets = &magnets;
-  magnets.AddWindow(form->Handle());
+  ui::cMagneticWnd& magnets = form->Magnets();
   Open();
   const HWND window = Window().Handle();
   EXPECT_FALSE(magnets.AddWindow(window)) << "is registered already";
@@ -408,7 +405,6 @@ TEST_F(FindInItems, IsMagneticAndGluedToTheMainWindowWhileItIsOpen) {
   Window().Close();
 
   EXPECT_FALSE(magnets.RemoveWindow(window));
-  Parts().magnets = nullptr;
 }
 
 TEST_F(FindInItems, GoesToTheTrayAndComesBackWithTheMainWindow) {

@@ -2,7 +2,6 @@
 
 #include "tests/support/MainFormFixture.h"
 #include "tree/Tree_Find.h"
-#include "ui/cMagneticWnd.h"
 
 namespace kestrelon::test {
 namespace {
@@ -273,9 +272,7 @@ TEST_F(FindInCategories, DoesNothingWhileAQuestionOrALongOperationWaits) {
 
 TEST_F(FindInCategories, IsMagneticAndGluedToTheMainWindowWhileItIsOpen) {
   StartWithCategories();
-  ui::cMagneticWnd magnets(world.cursorPosition, world.workArea);
-  Parts().magnets = &magnets;
-  magnets.AddWindow(form->Handle());
+  ui::cMagneticWnd& magnets = form->Magnets();
   Open();
   const HWND window = Window().Handle();
   EXPECT_FALSE(magnets.AddWindow(window)) << "is registered already";
@@ -288,7 +285,6 @@ TEST_F(FindInCategories, IsMagneticAndGluedToTheMainWindowWhileItIsOpen) {
   Window().Close();
 
   EXPECT_FALSE(magnets.RemoveWindow(window));
-  Parts().magnets = nullptr;
 }
 
 TEST_F(FindInCategories, GoesToTheTrayAndComesBackWithTheMainWindow) {

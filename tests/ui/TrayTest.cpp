@@ -15,7 +15,7 @@ struct TrayFixture : testing::Test {
   TrayFixture()
       : tray([this](DWORD message, NOTIFYICONDATAW& data) {
           calls.emplace_back(message, data);
-          return answer;
+          return answer && message != refuses;
         }) {
     tray.Create(host.Handle(), kCallback);
     tray.activated = [this] { ++activations; };
@@ -24,6 +24,7 @@ struct TrayFixture : testing::Test {
 
   test::Host host;
   bool answer = true;
+  DWORD refuses = NIM_SETVERSION;  // a call that fails whatever the answer is
   std::vector<std::pair<DWORD, NOTIFYICONDATAW>> calls;
   int activations = 0;
   cSysTray tray;
@@ -112,6 +113,28 @@ TEST_F(TrayTest, ARestartedTaskBarGetsTheIconAgain) {
   ASSERT_EQ(calls.size(), 2u);
   EXPECT_EQ(calls[1].first, DWORD{NIM_ADD});
   EXPECT_STREQ(calls[1].second.szTip, L"Kestrelon");
+}
+
+TEST_F(TrayTest, AnIconThatIsStillThereStaysWhenItIsToBeAddedAgain) {
+  tray.Add(icon, L"Kestrelon");
+  refuses = NIM_ADD;
+
+  tray.OnMessage(RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+
+  ASSERT_EQ(calls.size(), 3u);
+  EXPECT_EQ(calls[2].first, DWORD{NIM_MODIFY});
+  EXPECT_TRUE(tray.IsShown());
+  EXPECT_EQ(activations, 0);
+}
+
+TEST_F(TrayTest, AnIconThatIsLostBringsTheWindowBack) {
+  tray.Add(icon, L"Kestrelon");
+  answer = false;
+
+  tray.OnMessage(RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
+
+  EXPECT_FALSE(tray.IsShown());
+  EXPECT_EQ(activations, 1);
 }
 
 TEST_F(TrayTest, TheIconGoesWithTheObject) {
