@@ -6,10 +6,12 @@ function(kst_library name)
   target_link_libraries(kst_${name} PUBLIC project_options ${ARG_DEPENDS})
 endfunction()
 
-# kst_test(name SOURCES … DEPENDS …): one GoogleTest program, registered with CTest as one test.
+# kst_test(name SOURCES … DEPENDS … [HEADERS …]): one GoogleTest program, registered with CTest as one test.
 # A Windows program of the tests carries the program's manifest: its controls must be the same version.
+# HEADERS are those that nearly every source includes; they are compiled once, which halves the time of a source. A
+# compiler cache cannot make use of that (it would see another header each time), so it does without.
 function(kst_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;HEADERS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE project_options ${ARG_DEPENDS} GTest::gmock)
   if(WIN32)
@@ -21,6 +23,9 @@ function(kst_test name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/packaging ${CMAKE_BINARY_DIR}/packaging)
   else()
     target_link_libraries(${name} PRIVATE GTest::gmock_main)
+  endif()
+  if(ARG_HEADERS AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    target_precompile_headers(${name} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${ARG_HEADERS}>")
   endif()
   add_test(NAME ${name} COMMAND ${name})
 endfunction()

@@ -1,5 +1,7 @@
 #include "ui/frmAbout.h"
 
+#include <cstdlib>
+
 #include "lang/SelectLanguage.h"
 #include "packaging/resource.h"
 #include "ui/Mail.h"
@@ -22,6 +24,18 @@ constexpr double kButtonWidth = 1950, kButtonHeight = 420;
 constexpr double kButtonTop = kMailTop + kLineHeight + 2 * kGap;
 constexpr double kSysInfoLeft = kWidth - kMargin - kButtonWidth;
 constexpr double kHeight = kButtonTop + kButtonHeight + kMargin;
+
+int Brightness(COLORREF colour) {
+  return (299 * GetRValue(colour) + 587 * GetGValue(colour) + 114 * GetBValue(colour)) / 1000;
+}
+
+// The system's colour of links, unless it can hardly be read on the window's own colour.
+COLORREF LinkColour() {
+  constexpr int kReadable = 80;
+  const COLORREF link = ::GetSysColor(COLOR_HOTLIGHT), face = ::GetSysColor(COLOR_BTNFACE);
+  if (std::abs(Brightness(link) - Brightness(face)) >= kReadable) return link;
+  return Brightness(face) >= 128 ? RGB(0, 102, 204) : RGB(153, 204, 255);
+}
 
 }  // namespace
 
@@ -134,7 +148,7 @@ LRESULT frmAbout::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   }
   if (message == WM_CTLCOLORSTATIC && IsLink(reinterpret_cast<HWND>(lParam))) {
     const auto context = reinterpret_cast<HDC>(wParam);
-    ::SetTextColor(context, ::GetSysColor(COLOR_HOTLIGHT));
+    ::SetTextColor(context, LinkColour());
     ::SetBkColor(context, ::GetSysColor(COLOR_BTNFACE));
     return reinterpret_cast<LRESULT>(::GetSysColorBrush(COLOR_BTNFACE));
   }

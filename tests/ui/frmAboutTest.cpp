@@ -132,7 +132,7 @@ TEST_F(About, HasTheHandPointerOverTheLabelsThatCanBeClickedAlone) {
   });
 }
 
-TEST_F(About, ShowsTheLabelsThatCanBeClickedInTheColourOfLinks) {
+TEST_F(About, ShowsTheLabelsThatCanBeClickedInAColourThatStandsOutAndCanBeRead) {
   Open([](frmAbout& about) {
     const HDC context = GetDC(about.Handle());
     const auto colour = [&](const wchar_t* name) {
@@ -141,9 +141,11 @@ TEST_F(About, ShowsTheLabelsThatCanBeClickedInTheColourOfLinks) {
                    reinterpret_cast<LPARAM>(Of(about, name)));
       return GetTextColor(context);
     };
-    EXPECT_EQ(colour(L"lblTitle"), GetSysColor(COLOR_HOTLIGHT));
-    EXPECT_EQ(colour(L"Label1"), GetSysColor(COLOR_HOTLIGHT));
-    EXPECT_NE(colour(L"lblVersion"), GetSysColor(COLOR_HOTLIGHT));
+    const auto green = [](COLORREF shown) { return static_cast<int>(GetGValue(shown)); };
+    for (const wchar_t* link : {L"lblTitle", L"Label1"}) {
+      EXPECT_NE(colour(link), colour(L"lblVersion"));
+      EXPECT_GT(std::abs(green(colour(link)) - green(GetSysColor(COLOR_BTNFACE))), 60) << Narrow(link);
+    }
     ReleaseDC(about.Handle(), context);
   });
 }
