@@ -1,9 +1,8 @@
 #include "ui/cMagneticWnd.h"
 
-#include <commctrl.h>
-
 #include <algorithm>
 #include <cstddef>
+#include <unordered_map>
 #include <utility>
 
 #include "app/base/File.h"
@@ -36,6 +35,18 @@ RECT Shifted(RECT rectangle, POINT way) {
 
 POINT WayTo(const RECT& from, const RECT& to) { return {to.left - from.left, to.top - from.top}; }
 
+// Who watches a window, and the procedure that stands behind. Kept here and not with the window: every
+// message of the main window passes by, thousands of them when a large tree goes, and a look-up of what is
+// kept with a window costs more than the whole rest.
+struct Watch {
+  WNDPROC behind = nullptr;
+  std::vector<cMagneticWnd*> owners;  // the last one sees a message first
+};
+std::unordered_map<HWND, Watch>& Watches() {
+  static std::unordered_map<HWND, Watch> watches;
+  return watches;
+}
+
 }  // namespace
 
 cMagneticWnd::cMagneticWnd(std::function<POINT()> cursorPosition, std::function<RECT()> workArea)
@@ -49,14 +60,9 @@ bool cMagneticWnd::AddWindow(HWND window, HWND parent) {
   if (Find(window) != nullptr || !::IsWindow(window)) return false;
   if (parent != nullptr && !::IsWindow(parent)) return false;
   if (::GetWindowThreadProcessId(window, nullptr) != ::GetCurrentThreadId())
-    ThrowLastError(L"SetWindowSubclass", ERROR_WINDOW_OF_OTHER_THREAD);
+    ThrowLastError(L"magnetic window", ERROR_WINDOW_OF_OTHER_THREAD);
+  Subclass(window);
   entries_.push_back({window, parent});
-  const auto self = reinterpret_cast<DWORD_PTR>(this);
-  if (!::SetWindowSubclass(window, &cMagneticWnd::zSubclass_Proc, self, self)) {
-    const DWORD error = ::GetLastError();
-    entries_.pop_back();
-    ThrowLastError(L"SetWindowSubclass", error);
-  }
   CheckGlueing();
   return true;
 }
@@ -98,16 +104,60 @@ bool cMagneticWnd::Glued(HWND window) const {
                      [&](const Entry& entry) { return entry.window == window && entry.glued; });
 }
 
-LRESULT CALLBACK cMagneticWnd::zSubclass_Proc(HWND window, UINT message, WPARAM wParam, LPARAM lParam,
-                                              UINT_PTR, DWORD_PTR self) noexcept {
-  return win::Guarded(
-      0, [&] { return reinterpret_cast<cMagneticWnd*>(self)->OnMessage(window, message, wParam, lParam); });
+void cMagneticWnd::Subclass(HWND window) {
+  Watch& watch = Watches()[window];
+  if (watch.behind == nullptr) {
+    watch.behind = reinterpret_cast<WNDPROC>(
+        ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&cMagneticWnd::zSubclass_Proc)));
+    if (watch.behind == nullptr) {
+      const DWORD error = ::GetLastError();
+      Watches().erase(window);
+      ThrowLastError(L"SetWindowLongPtrW", error);
+    }
+  }
+  watch.owners.push_back(this);
 }
 
-LRESULT cMagneticWnd::OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+void cMagneticWnd::Unsubclass(HWND window) {
+  const auto found = Watches().find(window);
+  if (found == Watches().end()) return;
+  std::erase(found->second.owners, this);
+  if (!found->second.owners.empty()) return;
+  // Another one may have put itself before us since: then ours stays and passes everything on.
+  if (::GetWindowLongPtrW(window, GWLP_WNDPROC) !=
+      reinterpret_cast<LONG_PTR>(&cMagneticWnd::zSubclass_Proc)) {
+    return;
+  }
+  ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(found->second.behind));
+  Watches().erase(found);
+}
+
+LRESULT cMagneticWnd::Pass(std::size_t level, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  const auto found = Watches().find(window);
+  if (found == Watches().end()) return ::DefWindowProcW(window, message, wParam, lParam);
+  const std::vector<cMagneticWnd*>& owners = found->second.owners;
+  if (level < owners.size()) {
+    return owners[owners.size() - 1 - level]->OnMessage(level, window, message, wParam, lParam);
+  }
+  return ::CallWindowProcW(found->second.behind, window, message, wParam, lParam);
+}
+
+LRESULT CALLBACK cMagneticWnd::zSubclass_Proc(HWND window, UINT message, WPARAM wParam,
+                                              LPARAM lParam) noexcept {
+  return win::Guarded(0, [&] {
+    const LRESULT result = Pass(0, window, message, wParam, lParam);
+    if (message == WM_NCDESTROY) Watches().erase(window);
+    return result;
+  });
+}
+
+LRESULT cMagneticWnd::OnMessage(std::size_t level, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NCDESTROY) {
+    const WNDPROC behind = Watches().at(window).behind;
     RemoveWindow(window);
-    return ::DefSubclassProc(window, message, wParam, lParam);
+    // What still watches the window comes next; with nobody left its own procedure does.
+    if (Watches().contains(window)) return Pass(level, window, message, wParam, lParam);
+    return ::CallWindowProcW(behind, window, message, wParam, lParam);
   }
   if (message == WM_ENTERSIZEMOVE) Capture(window);
   if (message == WM_SYSCOMMAND && (wParam & kCommandBits) == SC_MOVE) {
@@ -116,7 +166,7 @@ LRESULT cMagneticWnd::OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM
   }
 
   const std::weak_ptr<const bool> alive = alive_;
-  const LRESULT result = ::DefSubclassProc(window, message, wParam, lParam);
+  const LRESULT result = Pass(level + 1, window, message, wParam, lParam);
   // The window's own procedure may have done away with the window, or with this object.
   if (alive.expired() || Find(window) == nullptr) return result;
 
@@ -193,10 +243,6 @@ cMagneticWnd::Entry* cMagneticWnd::Find(HWND window) {
   const auto found = std::find_if(entries_.begin(), entries_.end(),
                                   [&](const Entry& entry) { return entry.window == window; });
   return found == entries_.end() ? nullptr : &*found;
-}
-
-void cMagneticWnd::Unsubclass(HWND window) {
-  ::RemoveWindowSubclass(window, &cMagneticWnd::zSubclass_Proc, reinterpret_cast<UINT_PTR>(this));
 }
 
 RECT cMagneticWnd::WorkAreaOf(HMONITOR monitor) const {

@@ -2,6 +2,7 @@
 
 #include "app/base/Win32.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -53,14 +54,16 @@ class cMagneticWnd {
     RECT rectangle{};
   };
 
-  static LRESULT CALLBACK zSubclass_Proc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                                         DWORD_PTR self) noexcept;
-  LRESULT OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  static LRESULT CALLBACK zSubclass_Proc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+  // To the watcher of this level, the window's own procedure behind the last one.
+  static LRESULT Pass(std::size_t level, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  LRESULT OnMessage(std::size_t level, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
   void OnSystemCommand(HWND window, WPARAM command);  // after the window's own procedure
   void OnMoving(HWND window, RECT& proposed);
   void OnSizing(HWND window, WPARAM edges, RECT& proposed);
 
   Entry* Find(HWND window);
+  void Subclass(HWND window);
   void Unsubclass(HWND window);
   RECT WorkAreaOf(HMONITOR monitor) const;
   void Capture(HWND moved);

@@ -12,7 +12,7 @@ constexpr const wchar_t* kTipsFile = L"TIPOFDAY.TXT";
 
 constexpr double kWidth = 6000, kMargin = 225, kGap = 120;
 constexpr double kInnerWidth = kWidth - 2 * kMargin;
-constexpr double kHeadingHeight = 450, kTipHeight = 1500;
+constexpr double kHeadingHeight = 450, kTipHeight = 1200;
 constexpr double kHeadingPoints = 14, kTipPoints = 10;
 constexpr double kTipTop = kMargin + kHeadingHeight + kGap;
 constexpr double kButtonWidth = 1650, kButtonHeight = 420;

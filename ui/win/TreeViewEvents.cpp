@@ -81,10 +81,6 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       result = ::DefSubclassProc(handle_, message, wParam, lParam);
       if (events.gotFocus) events.gotFocus();
       return result;
-    case WM_DESTROY:
-      // The control takes out item by item and would bring its picture up to date after each.
-      Send(WM_SETREDRAW, FALSE, 0);
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
     case WM_NCDESTROY: {
       const bool dragged = EndDrag();
       const HWND window = std::exchange(handle_, nullptr);
