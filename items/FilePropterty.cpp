@@ -118,7 +118,7 @@ void FilePropterty::CreateControls() {
                               kCancel,
                               win::ControlKind::kCommandButton,
                               L"Command2_1",
-                              L"&Cancel",
+                              L"Cancel",
                               {kCancelLeft, kButtonTop, kButtonWidth, kButtonHeight}}));
   Label2_ = &AddControl({L"Label2", -1, win::ControlKind::kLabel, L"", L"", {}});
   ::ShowWindow(Label2_->window, SW_HIDE);

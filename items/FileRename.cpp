@@ -72,7 +72,7 @@ void FileRename::CreateControls() {
                               kCancel,
                               win::ControlKind::kCommandButton,
                               L"Command1_1",
-                              L"&Cancel",
+                              L"Cancel",
                               {kCancelLeft, kButtonTop, kButtonWidth, kButtonHeight}}));
   Label2_ = &AddControl({L"Label2", -1, win::ControlKind::kLabel, L"", L"", {}});
   ::ShowWindow(Label2_->window, SW_HIDE);

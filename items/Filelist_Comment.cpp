@@ -53,7 +53,7 @@ void Filelist_Comment::CreateControls() {
   // An alias may hold any character, "&" as well, and may be longer than there is room.
   AddControl({L"Label2", -1, ControlKind::kLabel, L"", L"", {}, SS_NOPREFIX | SS_ENDELLIPSIS});
   AddControl({L"Command1", 0, ControlKind::kCommandButton, L"Command1_0", L"&Save", {}});
-  SetCancelButton(AddControl({L"Command1", 1, ControlKind::kCommandButton, L"Command1_1", L"&Cancel", {}}));
+  SetCancelButton(AddControl({L"Command1", 1, ControlKind::kCommandButton, L"Command1_1", L"Cancel", {}}));
   // Never seen: the FileIndex of the item whose comment is shown; empty for none.
   ::ShowWindow(AddControl({L"Label3", -1, ControlKind::kLabel, L"", L"", {}, SS_NOPREFIX}).window, SW_HIDE);
   SizeClientAndCentre(kWidth, kHeight, parts_.form.Handle());

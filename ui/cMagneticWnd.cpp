@@ -1,7 +1,10 @@
 #include "ui/cMagneticWnd.h"
 
+#include <windowsx.h>
+
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -163,6 +166,7 @@ LRESULT cMagneticWnd::OnMessage(std::size_t level, HWND window, UINT message, WP
   if (message == WM_SYSCOMMAND && (wParam & kCommandBits) == SC_MOVE) {
     moved_ = nullptr;
     pointerPlaced_ = (wParam & ~kCommandBits) == HTCAPTION;  // 0 for a move by keyboard
+    if (pointerPlaced_) pressed_ = POINT{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
   }
 
   const std::weak_ptr<const bool> alive = alive_;
@@ -198,6 +202,7 @@ void cMagneticWnd::OnSystemCommand(HWND window, WPARAM command) {
   if (moved_ == window && TakeBack()) CheckGlueing();
   moved_ = nullptr;
   inLoop_ = false;
+  pressed_.reset();
 }
 
 void cMagneticWnd::OnMoving(HWND window, RECT& proposed) {
@@ -254,10 +259,13 @@ RECT cMagneticWnd::WorkAreaOf(HMONITOR monitor) const {
 }
 
 void cMagneticWnd::Capture(HWND moved) {
-  const POINT cursor = cursorPosition_();
+  POINT cursor = cursorPosition_();
   moved_ = moved;
   inLoop_ = true;
   start_ = RectangleOf(moved);
+  // A quick hand is elsewhere by now, but holds the window where it pressed the button.
+  const std::optional<POINT> pressed = std::exchange(pressed_, std::nullopt);
+  if (pressed && ::PtInRect(&start_, *pressed)) cursor = *pressed;
   size_ = SizeOf(start_);
   offset_ = {start_.left - cursor.x, start_.top - cursor.y};
   carried_ = false;

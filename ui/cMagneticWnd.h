@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace kestrelon::ui {
@@ -80,7 +81,8 @@ class cMagneticWnd {
 
   // The move or size that is going on, and until the command that began it is over.
   HWND moved_ = nullptr;
-  bool inLoop_ = false;         // between WM_ENTERSIZEMOVE and WM_EXITSIZEMOVE
+  bool inLoop_ = false;           // between WM_ENTERSIZEMOVE and WM_EXITSIZEMOVE
+  std::optional<POINT> pressed_;  // where the mouse button went down to begin a move that has not started yet
   bool pointerPlaced_ = true;   // false: a move by keyboard puts the pointer somewhere before its first step
   bool carried_ = false;        // others travelled with it
   RECT start_{};                // of the moved window

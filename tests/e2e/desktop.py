@@ -170,12 +170,15 @@ class Desktop:
         self._run("xdotool", "click", *(["--repeat", "2", "--delay", "60"] if double else []), button)
         time.sleep(0.1)
 
-    def drag(self, start, end, steps=10):
+    def drag(self, start, end, steps=10, until=None):
+        """Presses, moves and releases the mouse; before the release `until` may wait for what the move brings about."""
         self._run("xdotool", "mousemove", start[0], start[1], "mousedown", 1)
         for step in range(1, steps + 1):
             self._run("xdotool", "mousemove", start[0] + (end[0] - start[0]) * step // steps,
                       start[1] + (end[1] - start[1]) * step // steps)
             time.sleep(0.04)
+        if until:
+            until()
         self._run("xdotool", "mouseup", 1)
 
     def screenshot(self, path):

@@ -41,6 +41,27 @@ TEST_F(cMagneticWndMoveTest, TheWorkAreaIsTakenWhenTheMoveStarts) {
   EXPECT_EQ(Move(pane, {55, 200}), (RECT{50, 200, 250, 350}));
 }
 
+TEST_F(cMagneticWndMoveTest, AHandThatIsAheadOfTheWindowHoldsItWhereItPressed) {
+  Pane pane({300, 200, 500, 350});
+  magnets.AddWindow(pane.Handle());
+  RECT first{}, second{};
+  pane.handler = [&](UINT message, WPARAM wParam, LPARAM) -> std::optional<LRESULT> {
+    if (message != WM_SYSCOMMAND || (wParam & 0xFFF0) != SC_MOVE) return std::nullopt;
+    Enter(pane, {360, 240});
+    first = Move(pane, {400, 260});
+    pane.Send(WM_EXITSIZEMOVE);
+    return 0;
+  };
+  pane.Send(WM_SYSCOMMAND, SC_MOVE | HTCAPTION, MAKELPARAM(310, 215));
+  EXPECT_EQ(first, (RECT{390, 245, 590, 395}));
+
+  // The next move, of which nobody tells where it was pressed, begins where the pointer is.
+  pane.handler = nullptr;
+  Enter(pane, {310, 215});
+  second = Move(pane, {330, 225});
+  EXPECT_EQ(second, (RECT{410, 255, 610, 405}));
+}
+
 TEST_F(cMagneticWndMoveTest, AnotherWindowIsAMagnetWhereItWasWhenTheMoveStarted) {
   Pane pane({600, 200, 700, 300}), other({300, 200, 500, 350});
   magnets.AddWindow(pane.Handle());
