@@ -26,6 +26,7 @@ void DeleteSelected(win::MainParts& parts) {
   {
     store::Opened connection(parts.connection);
     const win::CommandsOff off(parts, {L"meu_file", L"meu_Category", L"meu_List"});
+    ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
     const win::RedrawOff still(parts.TreeView1.Handle());
     win::ProgressText progress(parts.StatusBar1);
     Deletion deletion{*connection, [&](const std::wstring& step) { progress.ShowInPassing(step); }};

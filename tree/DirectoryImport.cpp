@@ -65,6 +65,7 @@ std::wstring EndText(const Program& program, const LeftOut& leftOut) {
 
 // False when the import ended early.
 bool ImportSubFolders(win::MainParts& parts, const ImportedFolder& top, LeftOut& leftOut) {
+  ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
   const win::RedrawOff still(parts.TreeView1.Handle());
   store::Opened connection(parts.connection);
   win::ProgressText progress(parts.StatusBar1);

@@ -14,6 +14,7 @@ EXCHANGE = ROOT / "build/windows-debug/bin/fileexchange.exe"
 LANGUAGES = ["English", "Chinese_T", "Chinese_S"]  # in the order of the menu
 NAMES = ["notes.txt", "plan.txt", "图纸.txt"]
 LIST_MENU = "alt+l"
+FOLDERS, FILES_IN_EACH = 500, 40  # long enough for a picture in the middle of their import
 
 
 def places(desktop):
@@ -81,7 +82,32 @@ def language_gallery(desktop, package, language, prefix, scale):
     shots.window("delete-question", "Delete")
     shots.window("frmTip", "alt+h", "Return")
     shots.window("frmAbout", "alt+h", "Up", "Return")
+    importing(desktop, user, shots)
     user.exit(answer="n")
+
+
+def importing(desktop, user, shots):
+    """The main window in the middle of the import of a folder."""
+    # On the Windows desktop, where the folder picker begins.
+    many = desktop.data_folder.parents[2] / "Desktop" / "many"
+    if many.parent.is_symlink():
+        many.parent.unlink()
+    for number in range(FOLDERS):
+        folder = many / f"folder {number}"
+        folder.mkdir(parents=True)
+        for file in range(FILES_IN_EACH):
+            (folder / f"file {file}.txt").touch()
+    box = lambda: next((w for w in desktop.windows() if w.depth == 0 and w.kind == "#32770"), None)
+    user.menu("alt+c", *["Down"] * 4, "Return")  # the letters differ by language
+    picker = wait_for("the folder picker", box)
+    desktop.type("many")
+    desktop.key("Return")
+    desktop.wait_gone(picker.caption)
+    shots.picture("importing")
+    wait_for("the end of the import", box, 120)
+    shots.picture("imported")
+    desktop.key("Return")
+    wait_for("the end of the box", lambda: not box())
 
 
 def main():
