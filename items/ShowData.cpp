@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <vector>
 
 #include "items/ItemCommands.h"
@@ -28,12 +29,18 @@ std::vector<win::ListRow> ReadRows(win::MainParts& parts, const std::wstring& no
   std::array<std::size_t, 6> fields;
   std::transform(kFields.begin(), kFields.end(), fields.begin(),
                  [&](std::u16string_view name) { return items.FieldIndex(name); });
-  const auto text = [&](std::size_t field) { return View(items.Text(fields[field])); };
   std::vector<win::ListRow> rows;
   rows.reserve(items.RecordCount());
   win::ListRowMaker maker;
+  std::u16string joined;
+  std::array<std::uint32_t, 6> ends;
   for (; !items.EndOfFile(); items.MoveNext()) {
-    rows.push_back(maker.Make({text(0), text(1), text(2), text(3), text(4)}, text(5)));
+    joined.clear();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      items.AppendText(fields[i], joined);
+      ends[i] = static_cast<std::uint32_t>(joined.size());
+    }
+    rows.push_back(maker.Make(View(joined), ends));
   }
   items.Close();
   connection.Close();

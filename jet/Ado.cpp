@@ -200,7 +200,9 @@ struct Recordset::State_ {
   void Refresh();
   const Cursor& CurrentRow();
   std::size_t ColumnOf(std::u16string_view name);
+  std::size_t SourceOf(std::size_t column);
   std::u16string_view TextOf(std::size_t column);
+  void AppendText(std::size_t column, std::u16string& text);
   void Append();
 };
 
@@ -240,28 +242,39 @@ std::size_t Recordset::State_::ColumnOf(std::u16string_view name) {
               u"Item cannot be found in the collection corresponding to the requested name or ordinal.");
 }
 
-std::u16string_view Recordset::State_::TextOf(std::size_t column) {
+// The column of the table that a column of the recordset shows.
+std::size_t Recordset::State_::SourceOf(std::size_t column) {
   RequireOpen();
   if (column >= selection.columns.size()) {
     throw Error(code::kNoSuchField,
                 u"Item cannot be found in the collection corresponding to the requested name or ordinal.");
   }
   Refresh();
+  return selection.columns[column];
+}
+
+std::u16string_view Recordset::State_::TextOf(std::size_t column) {
+  SourceOf(column);
   Text& cached = texts[column];
   if (cached.valid) return cached.text;
-  const std::size_t source = selection.columns[column];
+  cached.text.clear();
+  AppendText(column, cached.text);
+  cached.valid = true;
+  return cached.text;
+}
+
+void Recordset::State_::AppendText(std::size_t column, std::u16string& text) {
+  const std::size_t source = SourceOf(column);
   const ColumnType type = table->Columns()[source].type;
   if (adding) {
-    cached.text = sql::ToText(added[source], type);
+    text += sql::ToText(added[source], type);
   } else if (type == ColumnType::kText || type == ColumnType::kMemo) {
-    CurrentRow().ReadText(source, cached.text);
+    CurrentRow().AppendText(source, text);
   } else {
     Value value;
     CurrentRow().Read(source, value);
-    cached.text = sql::ToText(value, type);
+    text += sql::ToText(value, type);
   }
-  cached.valid = true;
-  return cached.text;
 }
 
 void Recordset::State_::Append() {
@@ -345,6 +358,10 @@ std::u16string_view Recordset::Text(std::u16string_view name) const {
 std::size_t Recordset::FieldIndex(std::u16string_view name) const { return state_->ColumnOf(name); }
 
 std::u16string_view Recordset::Text(std::size_t column) const { return state_->TextOf(column); }
+
+void Recordset::AppendText(std::size_t column, std::u16string& text) const {
+  state_->AppendText(column, text);
+}
 
 void Recordset::AddNew() {
   state_->RequireOpen();

@@ -103,6 +103,8 @@ class Recordset {
   // walks.
   std::size_t FieldIndex(std::u16string_view name) const;
   std::u16string_view Text(std::size_t column) const;
+  // Appends that text to `text`, which costs least where many rows are read once.
+  void AppendText(std::size_t column, std::u16string& text) const;
 
   // Begins a row of NULLs. A row begun before is added first; so it is by a move.
   void AddNew();

@@ -55,19 +55,21 @@ void Cursor::Read(std::size_t column, Value& value) const {
 }
 
 bool Cursor::ReadText(std::size_t column, std::u16string& text) const {
+  text.clear();
+  return AppendText(column, text);
+}
+
+bool Cursor::AppendText(std::size_t column, std::u16string& text) const {
   const RowView row(row_, size_, table_->HasVariableColumns(), page_);
   const StoredColumn& stored = table_->stored[column];
-  if (!row.Has(stored.number)) {
-    text.clear();
-    return false;
-  }
+  if (!row.Has(stored.number)) return false;
   if (stored.Is(ColumnType::kText)) {
-    DecodeText(row.Field(stored), text, page_);
+    AppendDecoded(row.Field(stored), text, page_);
     return true;
   }
   std::vector<std::uint8_t> buffer;
   const auto field = StoredField(*table_, row, column, buffer);
-  DecodeText(*field, text, page_);
+  AppendDecoded(*field, text, page_);
   return true;
 }
 

@@ -59,6 +59,8 @@ class Cursor {
   void Read(std::size_t column, Value& value) const;
   // The same for text and memo columns: false and an empty text for NULL.
   bool ReadText(std::size_t column, std::u16string& text) const;
+  // Appends to `text`; false for NULL, which is nothing to append.
+  bool AppendText(std::size_t column, std::u16string& text) const;
 
  private:
   const TableInternal* table_;

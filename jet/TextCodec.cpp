@@ -24,7 +24,6 @@ void Widen(const std::uint8_t* from, std::size_t count, char16_t* to) {
 }
 
 void DecodeSwitching(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page) {
-  text.clear();
   bool single = true;
   for (std::size_t i = 0; i < stored.size();) {
     if (stored[i] == 0) {
@@ -55,20 +54,23 @@ std::size_t EncodeText(std::u16string_view text, bool mayCompress, std::uint8_t*
   return 2 * size;
 }
 
-void DecodeText(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page) {
+void AppendDecoded(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page) {
   if (stored.size() >= 2 && stored[0] == 0xFF && stored[1] == 0xFE) {
     stored = stored.subspan(2);
     if (!stored.empty() && std::memchr(stored.data(), 0, stored.size()) != nullptr) {
       DecodeSwitching(stored, text, page);
       return;
     }
-    text.resize(stored.size());
-    Widen(stored.data(), stored.size(), text.data());
+    const std::size_t start = text.size();
+    text.resize(start + stored.size());
+    Widen(stored.data(), stored.size(), text.data() + start);
     return;
   }
   if (stored.size() % 2 != 0) ThrowCorrupt("a text ends within a character", page);
-  text.resize(stored.size() / 2);
-  for (std::size_t i = 0; i < text.size(); ++i) text[i] = static_cast<char16_t>(Get16(stored.data() + 2 * i));
+  const std::size_t start = text.size(), count = stored.size() / 2;
+  text.resize(start + count);
+  for (std::size_t i = 0; i < count; ++i)
+    text[start + i] = static_cast<char16_t>(Get16(stored.data() + 2 * i));
 }
 
 }  // namespace kestrelon::jet

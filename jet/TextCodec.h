@@ -20,7 +20,12 @@ namespace kestrelon::jet {
 inline std::size_t EncodedTextBound(std::u16string_view text) { return 2 * text.size(); }
 // Writes the stored form and returns its size. `out` has room for EncodedTextBound(text) bytes.
 std::size_t EncodeText(std::u16string_view text, bool mayCompress, std::uint8_t* out);
-// Replaces `text`. Throws CorruptFile (naming `page`) when a two-byte character is cut in half.
-void DecodeText(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page);
+// Appends to `text`. Throws CorruptFile (naming `page`) when a two-byte character is cut in half.
+void AppendDecoded(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page);
+// Replaces `text`.
+inline void DecodeText(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page) {
+  text.clear();
+  AppendDecoded(stored, text, page);
+}
 
 }  // namespace kestrelon::jet

@@ -68,17 +68,19 @@ void ListRow::Set(const Texts& texts, std::wstring_view tag) {
   joined_ = joined;
 }
 
-ListRow ListRowMaker::Make(const ListRow::Texts& texts, std::wstring_view tag) {
-  const std::size_t length = LengthOf(texts, tag);
-  if (length > size_ - used_) {
-    size_ = std::max(std::clamp(2 * size_, kFirstBlock, kLargestBlock), length);
+ListRow ListRowMaker::Make(std::wstring_view joined,
+                           const std::array<std::uint32_t, ListRow::kColumns>& ends) {
+  assert(ends.back() == joined.size());
+  if (joined.size() > size_ - used_) {
+    size_ = std::max(std::clamp(2 * size_, kFirstBlock, kLargestBlock), joined.size());
     block_ = std::make_shared_for_overwrite<wchar_t[]>(size_);
     used_ = 0;
   }
   ListRow row;
-  Join(texts, tag, block_.get() + used_, row.ends_);
+  std::copy(joined.begin(), joined.end(), block_.get() + used_);
+  row.ends_ = ends;
   row.joined_ = std::shared_ptr<const wchar_t[]>(block_, block_.get() + used_);
-  used_ += length;
+  used_ += joined.size();
   return row;
 }
 

@@ -46,7 +46,8 @@ class ListRow {
 // block lives as long as one of its rows.
 class ListRowMaker {
  public:
-  ListRow Make(const ListRow::Texts& texts, std::wstring_view tag);
+  // joined: texts 1 to 5 and the tag, one behind the other; ends: where each of them ends in it.
+  ListRow Make(std::wstring_view joined, const std::array<std::uint32_t, ListRow::kColumns>& ends);
 
  private:
   std::shared_ptr<wchar_t[]> block_;

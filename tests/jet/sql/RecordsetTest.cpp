@@ -169,6 +169,19 @@ TEST_F(Recordsets, ChangeNothingWithoutAddNew) {
   ExpectError(code::kGeneric, expected, [&] { rows.Update(); });
 }
 
+TEST_F(Recordsets, AppendTheTextsOfARowOneBehindTheOther) {
+  AddCategories();
+  connection.Execute(u"UPDATE TreeviewTable SET parent=NULL WHERE key='c'");
+  rows.Open(u"SELECT * FROM TreeviewTable order by i", connection);
+  std::u16string text = u">";
+  for (; !rows.EndOfFile(); rows.MoveNext()) {
+    for (const std::size_t column : {0, 1, 2, 3}) rows.AppendText(column, text);
+  }
+  EXPECT_EQ(text, u">10_a Ta 20_b Tb 3c Tc ");
+  ExpectError(code::kNoCurrentRow, kNoRow, [&] { rows.AppendText(1, text); });
+  ExpectError(code::kNoSuchField, kNoField, [&] { rows.AppendText(4, text); });
+}
+
 TEST_F(Recordsets, SeeChangesMadeByStatementsMeanwhile) {
   AddCategories();
   rows.Open(u"SELECT * FROM TreeviewTable order by i", connection);

@@ -29,6 +29,15 @@ TEST(TextCodec, CompressesFromThreeCharactersOn) {
   EXPECT_THAT(Encode(u"äöü"), ElementsAre(0xFF, 0xFE, 0xE4, 0xF6, 0xFC));
 }
 
+TEST(TextCodec, AppendsEveryFormToWhatIsThere) {
+  std::u16string text = u"a";
+  AppendDecoded(Encode(u"bcd"), text, 0);
+  AppendDecoded(Encode(u"文"), text, 0);
+  AppendDecoded(std::vector<std::uint8_t>{0xFF, 0xFE, 'e', 0, 0x87, 0x65, 0, 'f'}, text, 0);
+  AppendDecoded({}, text, 0);
+  EXPECT_EQ(text, u"abcd文e文f");
+}
+
 TEST(TextCodec, StoresPlainWhatHasAnyOtherCharacter) {
   EXPECT_EQ(Encode(u"abc文").size(), 8u);
   EXPECT_EQ(Encode(u"abcĀ").size(), 8u);  // U+0100, the first beyond one byte
