@@ -31,6 +31,13 @@ namespace {
                   u"' has an index in a sort order that cannot be kept right, so it is read-only.");
 }
 
+// Whether rows may come and go depends on another table then, and on cascades.
+[[noreturn]] void ThrowRelated(const std::u16string& table) {
+  throw Error(
+      code::kGeneric,
+      u"The table '" + table + u"' is part of a relationship that cannot be enforced, so it is read-only.");
+}
+
 bool IsInteger(const StoredColumn& column) {
   return column.Is(ColumnType::kLong) || column.Is(ColumnType::kInteger) || column.Is(ColumnType::kByte);
 }
@@ -73,6 +80,9 @@ void TableIndexes::CheckPages(const RealIndex& index) const {
 
 void TableIndexes::Prepare() {
   if (prepared_) return;
+  for (const LogicalIndex& index : table_->def.logicalIndexes) {
+    if (index.kind == LogicalIndex::kForeign) ThrowRelated(table_->name);
+  }
   keys_.clear();
   for (const RealIndex& index : table_->def.indexes) {
     Keys& keys = keys_.emplace_back();

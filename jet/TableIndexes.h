@@ -26,8 +26,8 @@ class TableIndexes {
   // Whether an index uses the column at this position.
   bool Uses(std::size_t position) const;
   // Throws unless all indexes can be kept right and bear this row: kGeneric for a duplicate or missing key, a
-  // text without a key, an index of an order that we do not know. `before` gives the row that it replaces, if
-  // any. Changes nothing.
+  // text without a key, an index of an order that we do not know, a relationship. `before` gives the row that
+  // it replaces, if any. Changes nothing.
   void Check(const ValueOf& after, const ValueOf* before);
   // Takes over what the last Check() was asked about.
   void Accept(const ValueOf& after);

@@ -12,7 +12,9 @@ kst_test(jet_storage_tests
     storage/MdbTools.cpp
     storage/MdbToolsTest.cpp
     storage/PagerTest.cpp
+    storage/PrintedCells.cpp
     storage/RandomChangesTest.cpp
+    storage/SampleChangesTest.cpp
     storage/SamplesTest.cpp
     storage/Support.cpp
     storage/TableTest.cpp

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 
 namespace kestrelon::jet::mdb_tools {
@@ -23,12 +24,20 @@ std::string Run(const std::string& command) {
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
+// What stands for null; a text that reads so stands in quotes.
+constexpr const char* kNull = "NULL";
+
 // Comma-separated values in double quotes, quotes doubled, line breaks inside quotes kept.
-std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
-  std::vector<std::vector<std::string>> rows;
-  std::vector<std::string> row;
+std::vector<std::vector<Cell>> ParseCsv(const std::string& text) {
+  std::vector<std::vector<Cell>> rows;
+  std::vector<Cell> row;
   std::string cell;
-  bool quoted = false;
+  bool quoted = false, wasQuoted = false;
+  const auto endCell = [&] {
+    row.push_back(!wasQuoted && cell == kNull ? Cell() : Cell(cell));
+    cell.clear();
+    wasQuoted = false;
+  };
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     if (quoted && c == '"' && i + 1 < text.size() && text[i + 1] == '"') {
@@ -36,12 +45,11 @@ std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
       ++i;
     } else if (c == '"') {
       quoted = !quoted;
+      wasQuoted = true;
     } else if (!quoted && c == ',') {
-      row.push_back(std::move(cell));
-      cell.clear();
+      endCell();
     } else if (!quoted && c == '\n') {
-      row.push_back(std::move(cell));
-      cell.clear();
+      endCell();
       rows.push_back(std::move(row));
       row.clear();
     } else {
@@ -51,28 +59,46 @@ std::vector<std::vector<std::string>> ParseCsv(const std::string& text) {
   return rows;
 }
 
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (!line.empty()) lines.push_back(line);
+  }
+  return lines;
+}
+
 }  // namespace
 
 bool Present() { return !Run("command -v mdb-export").empty() && !Run("command -v mdb-tables").empty(); }
 
 std::vector<std::string> TableNames(const std::filesystem::path& file) {
-  std::vector<std::string> names;
-  std::istringstream lines(Run("mdb-tables -1 " + Quoted(file.string())));
-  for (std::string line; std::getline(lines, line);) {
-    if (!line.empty()) names.push_back(line);
-  }
-  return names;
+  return Lines(Run("mdb-tables -1 " + Quoted(file.string())));
+}
+
+std::vector<std::string> AllTableNames(const std::filesystem::path& file) {
+  return Lines(Run("mdb-tables -S -1 " + Quoted(file.string())));
+}
+
+PrintedTable ExportCells(const std::filesystem::path& file, const std::string& table) {
+  auto csv = ParseCsv(Run("mdb-export -0 " + std::string(kNull) +
+                          " -b hex -D '%Y-%m-%d %H:%M:%S' -T '%Y-%m-%d %H:%M:%S' " + Quoted(file.string()) +
+                          " " + Quoted(table)));
+  PrintedTable printed;
+  if (csv.empty()) return printed;
+  for (const Cell& column : csv.front()) printed.columns.push_back(column.value_or(kNull));
+  printed.rows.assign(std::make_move_iterator(csv.begin() + 1), std::make_move_iterator(csv.end()));
+  return printed;
 }
 
 std::vector<std::map<std::string, std::string>> Export(const std::filesystem::path& file,
                                                        const std::string& table) {
-  const auto csv = ParseCsv(Run("mdb-export -b hex -D '%Y-%m-%d %H:%M:%S' -T '%Y-%m-%d %H:%M:%S' " +
-                                Quoted(file.string()) + " " + Quoted(table)));
+  const PrintedTable printed = ExportCells(file, table);
   std::vector<std::map<std::string, std::string>> rows;
-  for (std::size_t i = 1; i < csv.size(); ++i) {
+  for (const auto& cells : printed.rows) {
     auto& row = rows.emplace_back();
-    for (std::size_t cell = 0; cell < csv[i].size() && cell < csv[0].size(); ++cell)
-      row[csv[0][cell]] = csv[i][cell];
+    for (std::size_t i = 0; i < cells.size() && i < printed.columns.size(); ++i)
+      row[printed.columns[i]] = cells[i].value_or("");
   }
   return rows;
 }
