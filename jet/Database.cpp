@@ -5,6 +5,29 @@
 #include "jet/Header.h"
 
 namespace kestrelon::jet {
+namespace {
+
+void RequireJet4(header::Kind kind, const std::u16string& name) {
+  const std::u16string unrecognized = u"Unrecognized database format '" + name + u"'.";
+  switch (kind) {
+    case header::Kind::kJet4: return;
+    case header::Kind::kNoDatabase: throw CorruptFile(unrecognized);
+    case header::Kind::kOlder:
+      throw Error(code::kGeneric, unrecognized +
+                                      u" It is of Access 97 or earlier; save it with Access as an "
+                                      u"Access 2000 database.");
+    case header::Kind::kNewer:
+      throw Error(code::kGeneric, unrecognized +
+                                      u" It is of Access 2007 or later; save it with Access as an "
+                                      u"Access 2000 database.");
+    case header::Kind::kEncoded:
+      throw Error(code::kGeneric,
+                  u"The database '" + name + u"' is encoded. Decode it with Access before using it here.");
+    case header::Kind::kPassword: throw Error(code::kPassword, u"Not a valid password.");
+  }
+}
+
+}  // namespace
 
 std::unique_ptr<Database> Database::Open(std::unique_ptr<File> file, std::u16string name) {
   return std::make_unique<DatabaseImpl>(std::move(file), std::move(name));
@@ -12,8 +35,7 @@ std::unique_ptr<Database> Database::Open(std::unique_ptr<File> file, std::u16str
 
 DatabaseImpl::DatabaseImpl(std::unique_ptr<File> file, std::u16string name)
     : pager_(std::move(file)), name_(std::move(name)) {
-  if (!header::IsPlainJet4(pager_.Read(0)))
-    throw CorruptFile(u"Unrecognized database format '" + name_ + u"'.");
+  RequireJet4(header::KindOf(pager_.Read(0)), name_);
   pager_.LoadFreePages();
   catalog_.Read(TableAt(engine_table::kObjects, u"MSysObjects").Internal());
 }

@@ -35,8 +35,9 @@ void CreateDatabase(File& file, std::span<const NewTable> tables, double created
 // Flush().
 class Database {
  public:
-  // Throws CorruptFile / code::kGeneric ("Unrecognized database format 'x'.") when the file is no plain Jet 4
-  // database: another format, encoded, or damaged in what is read first. `name` is used in messages.
+  // Throws CorruptFile ("Unrecognized database format 'x'.") when the file is no database or damaged in what
+  // is read first, code::kGeneric with a sentence of its own for another generation of the format and an
+  // encoded file, code::kPassword for one under a password. `name` is used in messages.
   static std::unique_ptr<Database> Open(std::unique_ptr<File> file, std::u16string name);
   virtual ~Database() = default;
 

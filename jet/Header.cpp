@@ -1,5 +1,6 @@
 #include "jet/Header.h"
 
+#include <bit>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -8,8 +9,8 @@
 //
 //   OFFSET  SIZE  MEANING
 //   0x00    4     00 01 00 00
-//   0x04    16    "Standard Jet DB", NUL
-//   0x14    4     1: Jet 4
+//   0x04    16    "Standard Jet DB", NUL (newer generations: "Standard ACE DB", NUL)
+//   0x14    4     1: Jet 4; 0: the generation before; 2 and up: those after
 //   0x18    128   masked, see below
 //   0x98    4     54 06 00 00
 //   0x9C    4     "4.0", NUL
@@ -32,8 +33,9 @@
 namespace kestrelon::jet::header {
 namespace {
 
-constexpr std::size_t kMasked = 0x18, kMaskedBytes = 128, kEncodingKey = 0x3E;
-constexpr std::string_view kSignature("Standard Jet DB\0", 16);
+constexpr std::size_t kMasked = 0x18, kMaskedBytes = 128;
+constexpr std::size_t kEncodingKey = 0x3E, kPassword = 0x42, kPasswordWords = 10, kCreated = 0x72;
+constexpr std::string_view kSignature("Standard Jet DB\0", 16), kNewerSignature("Standard ACE DB\0", 16);
 constexpr std::uint32_t kJet4 = 1;
 constexpr std::size_t kCommitPairs = 0xE00;
 
@@ -56,13 +58,23 @@ void ApplyMask(std::uint8_t* masked) {
 
 }  // namespace
 
-bool IsPlainJet4(const std::uint8_t* page) {
-  if (std::memcmp(page + 4, kSignature.data(), kSignature.size()) != 0 || Get32(page + 0x14) != kJet4)
-    return false;
+Kind KindOf(const std::uint8_t* page) {
+  if (std::memcmp(page + 4, kNewerSignature.data(), kNewerSignature.size()) == 0) return Kind::kNewer;
+  if (std::memcmp(page + 4, kSignature.data(), kSignature.size()) != 0) return Kind::kNoDatabase;
+  if (const std::uint32_t generation = Get32(page + 0x14); generation != kJet4)
+    return generation < kJet4 ? Kind::kOlder : Kind::kNewer;
   std::array<std::uint8_t, kMaskedBytes> plain;
   std::memcpy(plain.data(), page + kMasked, kMaskedBytes);
   ApplyMask(plain.data());
-  return Get32(plain.data() + kEncodingKey - kMasked) == 0;
+  const auto at = [&plain](std::size_t offset) { return plain.data() + offset - kMasked; };
+  if (Get32(at(kEncodingKey)) != 0) return Kind::kEncoded;
+  const double created = std::bit_cast<double>(Get64(at(kCreated)));
+  if (!(created > -1e6 && created < 1e7)) return Kind::kNoDatabase;
+  const auto day = static_cast<std::uint32_t>(static_cast<std::int32_t>(created));
+  for (std::size_t word = 0; word < kPasswordWords; ++word) {
+    if (Get32(at(kPassword + 4 * word)) != day) return Kind::kPassword;
+  }
+  return Kind::kJet4;
 }
 
 std::array<std::uint8_t, kPageSize> NewPage() {
@@ -76,12 +88,11 @@ std::array<std::uint8_t, kPageSize> NewPage() {
   at[0x1D] = 0x01;
   for (std::uint32_t table = 0; table < 4; ++table) Put32(at + 0x20 + 4 * table, 2 + table);
   Put16(at + 0x3C, 1252);
-  for (std::size_t i = 0; i < 10; ++i) Put32(at + 0x42 + 4 * i, 38143);  // no password
+  for (std::size_t i = 0; i < kPasswordWords; ++i) Put32(at + kPassword + 4 * i, 38143);  // none
   Put32(at + 0x6A, 8618);
   Put16(at + 0x6E, 1033);
-  static constexpr std::uint8_t kCreated[8] = {0xBC, 0x72, 0x1F, 0x7D,
-                                               0xF1, 0x9F, 0xE2, 0x40};  // 38143.54...
-  std::memcpy(at + 0x72, kCreated, sizeof kCreated);
+  static constexpr std::uint8_t kDate[8] = {0xBC, 0x72, 0x1F, 0x7D, 0xF1, 0x9F, 0xE2, 0x40};  // 38143.54...
+  std::memcpy(at + kCreated, kDate, sizeof kDate);
   ApplyMask(at + kMasked);
   Put32(at + 0x98, 0x0654);
   std::memcpy(at + 0x9C, "4.0", 4);

@@ -7,8 +7,16 @@
 
 namespace kestrelon::jet::header {
 
-// Whether page 0 is that of a Jet 4 database without encoding.
-bool IsPlainJet4(const std::uint8_t* page);
+// What page 0 says of its file.
+enum class Kind {
+  kJet4,        // the one that we read: Access 2000 to 2003, neither encoded nor under a password
+  kNoDatabase,  // no file of Access
+  kOlder,       // Access 97 and before: pages of half the size
+  kNewer,       // Access 2007 and later
+  kEncoded,     // Jet 4, with every page but this one encrypted
+  kPassword,    // Jet 4, to be opened with a password only
+};
+Kind KindOf(const std::uint8_t* page);
 // Page 0 of every file that we create.
 std::array<std::uint8_t, kPageSize> NewPage();
 

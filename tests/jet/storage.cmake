@@ -7,6 +7,7 @@ kst_test(jet_storage_tests
     storage/DataPageTest.cpp
     storage/FileTest.cpp
     storage/FlushTest.cpp
+    storage/HeaderTest.cpp
     storage/IndexTest.cpp
     storage/LongValueTest.cpp
     storage/MdbTools.cpp
@@ -14,6 +15,7 @@ kst_test(jet_storage_tests
     storage/PagerTest.cpp
     storage/PrintedCells.cpp
     storage/RandomChangesTest.cpp
+    storage/RefusedFilesTest.cpp
     storage/SampleChangesTest.cpp
     storage/SamplesTest.cpp
     storage/Support.cpp
