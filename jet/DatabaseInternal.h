@@ -28,6 +28,7 @@ class TableImpl final : public Table {
   void Update(RowId row, std::span<const std::pair<std::size_t, Value>> changes) override;
   void Delete(RowId row) override;
   void DeleteAll() override;
+  void CheckChangeable() override;
   std::int32_t LastAutoNumber() const override { return static_cast<std::int32_t>(table_.def.autoNumber); }
 
   TableInternal& Internal() { return table_; }

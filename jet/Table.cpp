@@ -255,6 +255,10 @@ void TableImpl::DeleteAll() {
   atomic.Done();
 }
 
+void TableImpl::CheckChangeable() {
+  if (!indexes_.None()) indexes_.CheckAll();
+}
+
 void TableImpl::Settle() {
   if (!Changed()) return;
   if (indexes_.Stale()) indexes_.Rebuild();

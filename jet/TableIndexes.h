@@ -25,6 +25,8 @@ class TableIndexes {
   bool None() const { return table_->def.indexes.empty(); }
   // Whether an index uses the column at this position.
   bool Uses(std::size_t position) const;
+  // Throws unless all indexes can be kept right with the rows that there are.
+  void CheckAll() { Prepare(); }
   // Throws unless all indexes can be kept right and bear this row: kGeneric for a duplicate or missing key, a
   // text without a key, an index of an order that we do not know, a relationship. `before` gives the row that
   // it replaces, if any. Changes nothing.

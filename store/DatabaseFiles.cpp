@@ -19,21 +19,51 @@ namespace {
 
 std::wstring WorkingDatabase(const Program& program) { return program.dataFolder + program.workingDatabase; }
 
-// Throws unless the file is a database with every table and column of ours, each row of which can be read.
-// Tables and columns beside them do no harm.
+bool HoldsText(const jet::Column& column) {
+  return column.type == jet::ColumnType::kText || column.type == jet::ColumnType::kMemo;
+}
+
+// Finds our columns in a table. Throws unless the program's statements mean the same by them as in a table of
+// our own.
+std::vector<std::size_t> FindColumns(const jet::NewTable& wanted, const jet::Table& table) {
+  const std::u16string of = u" of the table '" + wanted.name + u"'";
+  // Items are added without naming the columns. Categories are added by name, so that columns beside ours and
+  // another order do no harm there.
+  const bool byPosition = wanted.primaryKey.empty();
+  std::vector<std::size_t> columns;
+  for (const jet::NewColumn& column : wanted.columns) {
+    const std::optional<std::size_t> found = table.FindColumn(column.name);
+    if (!found) {
+      throw jet::Error(jet::code::kMissingParameter,
+                       u"The table '" + wanted.name + u"' has no column '" + column.name + u"'.");
+    }
+    const jet::Column& there = table.Columns()[*found];
+    if (column.autoNumber ? !there.autoNumber : !HoldsText(there)) {
+      throw jet::Error(jet::code::kTypeMismatch,
+                       u"The column '" + column.name + u"'" + of +
+                           (column.autoNumber ? u" does not number its rows." : u" does not hold text."));
+    }
+    if (byPosition && *found != columns.size()) {
+      throw jet::Error(jet::code::kMissingParameter,
+                       u"The column '" + column.name + u"'" + of + u" is not in its place.");
+    }
+    columns.push_back(*found);
+  }
+  if (byPosition && table.Columns().size() > columns.size()) {
+    throw jet::Error(jet::code::kMissingParameter, u"The column '" + table.Columns()[columns.size()].name +
+                                                       u"'" + of + u" is one too many.");
+  }
+  return columns;
+}
+
+// Throws unless the file is a database with our tables, whose columns mean what ours do, whose rows can all
+// be read, and which can be changed. Tables beside them, indexes and other widths do no harm.
 void CheckIsOurs(const std::wstring& path) {
   const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
   for (const jet::NewTable& wanted : Schema()) {
-    const jet::Table& table = database->OpenTable(wanted.name);
-    std::vector<std::size_t> columns;
-    for (const jet::NewColumn& column : wanted.columns) {
-      const std::optional<std::size_t> found = table.FindColumn(column.name);
-      if (!found) {
-        throw jet::Error(jet::code::kMissingParameter,
-                         u"The table '" + wanted.name + u"' has no column '" + column.name + u"'.");
-      }
-      columns.push_back(*found);
-    }
+    jet::Table& table = database->OpenTable(wanted.name);
+    table.CheckChangeable();
+    const std::vector<std::size_t> columns = FindColumns(wanted, table);
     jet::Value value;
     for (jet::Cursor row = table.Rows(); row.Next();) {
       for (const std::size_t column : columns) row.Read(column, value);

@@ -1,24 +1,35 @@
 kst_test(jet_storage_tests
   SOURCES
+    storage/BytesTest.cpp
+    storage/CatalogTest.cpp
     storage/CheckTest.cpp
     storage/CompactTest.cpp
     storage/CreateTest.cpp
+    storage/CursorTest.cpp
     storage/DamageTest.cpp
     storage/DataPageTest.cpp
+    storage/ErrorTest.cpp
     storage/FileTest.cpp
     storage/FlushTest.cpp
+    storage/GlobalMapTest.cpp
     storage/HeaderTest.cpp
+    storage/IndexKeyTest.cpp
     storage/IndexTest.cpp
+    storage/LayoutTest.cpp
     storage/LongValueTest.cpp
     storage/MdbTools.cpp
     storage/MdbToolsTest.cpp
+    storage/PageSetTest.cpp
     storage/PagerTest.cpp
     storage/PrintedCells.cpp
     storage/RandomChangesTest.cpp
     storage/RefusedFilesTest.cpp
+    storage/RowCodecTest.cpp
     storage/SampleChangesTest.cpp
     storage/SamplesTest.cpp
     storage/Support.cpp
+    storage/TableDefTest.cpp
+    storage/TableIndexesTest.cpp
     storage/TableTest.cpp
     storage/TextCodecTest.cpp
     storage/TextKeyTest.cpp
