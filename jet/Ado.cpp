@@ -77,6 +77,19 @@ struct Session {
     executor.reset();
     database.reset();
   }
+  // After a failed write. What the file on disk does not hold any more is not given up.
+  void LeaveUnwritten() noexcept {
+    database->DetachFile().reset();
+    try {
+      if (database->Unfinished()) {
+        stamp = StampOf(path);
+        return;
+      }
+    } catch (...) {
+      // The file is gone, and its content with it.
+    }
+    Drop();
+  }
 };
 
 }  // namespace
@@ -149,7 +162,7 @@ void Connection::Close() {
     // After the file is closed: before that its time may not be the last one.
     if (changed) session.stamp = StampOf(session.path);
   } catch (...) {
-    session.Drop();
+    session.LeaveUnwritten();
     throw;
   }
 }

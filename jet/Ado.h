@@ -54,8 +54,10 @@ class Connection {
   // when already open.
   void Open();
 
-  // Writes the changed pages in a safe order and lets go of the file; does nothing when closed. On a failed
-  // write the error is thrown, the object is closed, and the file is as safe as the order of writes makes it.
+  // Writes the changed pages and lets go of the file; does nothing when closed. On a failed write the error
+  // is thrown and the object is closed. The file then has the content that it had when opened, and the
+  // changes are lost; or, where the failure came too late for that, it is marked as damaged, and its content
+  // is kept here: the next Open() goes on with it, and the next Close() writes it.
   void Close();
 
   // Drops what was kept of the last file, so that the next Open() reads it anew. For callers that replace

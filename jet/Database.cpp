@@ -36,6 +36,10 @@ std::unique_ptr<Database> Database::Open(std::unique_ptr<File> file, std::u16str
 DatabaseImpl::DatabaseImpl(std::unique_ptr<File> file, std::u16string name)
     : pager_(std::move(file)), name_(std::move(name)) {
   RequireJet4(header::KindOf(pager_.Read(0)), name_);
+  if (header::WriteUnfinished(pager_.Read(0))) {
+    throw Error(code::kGeneric,
+                u"The database '" + name_ + u"' is damaged: writing to it was stopped before its end.");
+  }
   pager_.LoadFreePages();
   catalog_.Read(TableAt(engine_table::kObjects, u"MSysObjects").Internal());
 }

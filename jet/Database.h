@@ -36,8 +36,9 @@ void CreateDatabase(File& file, std::span<const NewTable> tables, double created
 class Database {
  public:
   // Throws CorruptFile ("Unrecognized database format 'x'.") when the file is no database or damaged in what
-  // is read first, code::kGeneric with a sentence of its own for another generation of the format and an
-  // encoded file, code::kPassword for one under a password. `name` is used in messages.
+  // is read first; code::kGeneric with a sentence of its own for another generation of the format, an encoded
+  // file, and one that somebody stopped in the middle of writing ("The database 'x' is damaged: ...");
+  // code::kPassword for one under a password. `name` is used in messages.
   static std::unique_ptr<Database> Open(std::unique_ptr<File> file, std::u16string name);
   virtual ~Database() = default;
 
@@ -52,9 +53,11 @@ class Database {
   virtual void Commit() = 0;
   virtual void Rollback() = 0;
 
-  // Writes the changed pages in an order in which a stop at any write leaves a file that opens or is reported
-  // as damaged, never misread.
+  // Writes the changed pages. A stop at any write leaves a file that opens with the old content or the new,
+  // or that Open() refuses as damaged. After a failure it can be called again.
   virtual void Flush() = 0;
+  // Whether a Flush() that failed may have left a file that Open() refuses; the content is in memory only.
+  virtual bool Unfinished() const = 0;
   virtual bool Dirty() const = 0;
 
   // Gives up / takes back the file while the pages stay in memory (a closed connection holds no file handle).

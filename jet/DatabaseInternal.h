@@ -84,6 +84,7 @@ class DatabaseImpl final : public Database {
   void Commit() override;
   void Rollback() override;
   void Flush() override;
+  bool Unfinished() const override { return pager_.Unfinished(); }
   bool Dirty() const override;
   std::unique_ptr<File> DetachFile() override { return pager_.DetachFile(); }
   void AttachFile(std::unique_ptr<File> file) override { pager_.AttachFile(std::move(file)); }

@@ -73,6 +73,15 @@ std::vector<std::uint32_t> FreePages(const Pager& pager) {
   return pages;
 }
 
+std::uint32_t Reach(const Pager& pager) {
+  const map_row::Place place = map_row::Find(pager, kRow);
+  if (map_row::Type(pager, place) == map_row::kInline)
+    return map_row::First(pager, place) + map_row::InlineBits(place);
+  std::uint32_t k = 0;
+  while (k < map_row::kEntries && map_row::Entry(pager, place, k) != 0) ++k;
+  return k * map_row::kPagesPerBitPage;
+}
+
 void Set(Pager& pager, std::uint32_t page, bool free) {
   map_row::Place place = map_row::Find(pager, kRow);
   if (map_row::Type(pager, place) == map_row::kInline) {

@@ -17,6 +17,8 @@ void Format(std::uint8_t* page, std::uint32_t pageCount);
 // The free pages of the file, ascending. A page that the map does not reach is left alone rather than taken
 // for free.
 std::vector<std::uint32_t> FreePages(const Pager& pager);
+// The first page that the map says nothing about.
+std::uint32_t Reach(const Pager& pager);
 // Sets the bit of one page; the map grows to reach it.
 void Set(Pager& pager, std::uint32_t page, bool free);
 // The pages that carry the bits, when the map is a reference map.

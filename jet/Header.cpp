@@ -14,7 +14,8 @@
 //   0x18    128   masked, see below
 //   0x98    4     54 06 00 00
 //   0x9C    4     "4.0", NUL
-//   0xE00   512   256 commit pairs of 2 bytes, one a user; 00 01 in a file that nobody is writing
+//   0xE00   512   256 commit pairs of 2 bytes, one a user: 00 01, or a count in the first two; 00 00 while
+//                 the user is writing
 //
 // Masked part (RC4 key stream of C7 DA 39 6B), unmasked:
 //
@@ -37,7 +38,7 @@ constexpr std::size_t kMasked = 0x18, kMaskedBytes = 128;
 constexpr std::size_t kEncodingKey = 0x3E, kPassword = 0x42, kPasswordWords = 10, kCreated = 0x72;
 constexpr std::string_view kSignature("Standard Jet DB\0", 16), kNewerSignature("Standard ACE DB\0", 16);
 constexpr std::uint32_t kJet4 = 1;
-constexpr std::size_t kCommitPairs = 0xE00;
+constexpr std::size_t kCommitPairs = 256;
 
 void ApplyMask(std::uint8_t* masked) {
   static constexpr std::uint8_t kKey[4] = {0xC7, 0xDA, 0x39, 0x6B};
@@ -77,6 +78,14 @@ Kind KindOf(const std::uint8_t* page) {
   return Kind::kJet4;
 }
 
+bool WriteUnfinished(const std::uint8_t* page) {
+  for (std::size_t pair = 0; pair < kCommitPairs; ++pair) {
+    if (std::memcmp(page + kCommitPair + kCommitPairBytes * pair, kUnfinished.data(), kCommitPairBytes) == 0)
+      return true;
+  }
+  return false;
+}
+
 std::array<std::uint8_t, kPageSize> NewPage() {
   std::array<std::uint8_t, kPageSize> page{};
   std::uint8_t* at = page.data();
@@ -96,8 +105,9 @@ std::array<std::uint8_t, kPageSize> NewPage() {
   ApplyMask(at + kMasked);
   Put32(at + 0x98, 0x0654);
   std::memcpy(at + 0x9C, "4.0", 4);
-  for (std::size_t pair = 0; pair < 256; ++pair) at[kCommitPairs + 2 * pair + 1] = 0x01;
-  at[kCommitPairs] = 0x01;  // the first user's differs in files of Access too
+  for (std::size_t pair = 0; pair < kCommitPairs; ++pair)
+    at[kCommitPair + kCommitPairBytes * pair + 1] = 0x01;
+  at[kCommitPair] = 0x01;  // the first user's differs in files of Access too
   return page;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "jet/Bytes.h"
@@ -17,6 +18,12 @@ enum class Kind {
   kPassword,    // Jet 4, to be opened with a password only
 };
 Kind KindOf(const std::uint8_t* page);
+// Where a program that has the file for itself alone says that it is writing: the first user's commit pair.
+// 00 00 means "not finished"; what stood there before is put back at the end.
+inline constexpr std::size_t kCommitPair = 0xE00, kCommitPairBytes = 2;
+inline constexpr std::array<std::uint8_t, kCommitPairBytes> kUnfinished = {0, 0};
+// Whether any user stopped in the middle of writing. Only true of a file that nobody has open.
+bool WriteUnfinished(const std::uint8_t* page);
 // Page 0 of every file that we create.
 std::array<std::uint8_t, kPageSize> NewPage();
 

@@ -5,15 +5,10 @@
 #include <cstring>
 #include <utility>
 
-#include "jet/DataPage.h"
 #include "jet/GlobalMap.h"
+#include "jet/Header.h"
 
 namespace kestrelon::jet {
-namespace {
-
-enum WriteOrder : int { kUnused, kGlobal, kBits, kOwnerMaps, kInUse, kDefinitions, kFileHeader };
-
-}  // namespace
 
 Pager::Pager(std::unique_ptr<File> file) : file_(std::move(file)) {
   // A last page that was written only in part is nobody's yet: new pages are written before anything names
@@ -147,6 +142,7 @@ void Pager::LoadFreePages() {
   for (const std::uint32_t page : global_map::FreePages(*this)) {
     if ((states_[page].flags & kFreed) == 0) SetFreeBit(page, true);
   }
+  mapReach_ = global_map::Reach(*this);
 }
 
 void Pager::Begin() {
@@ -191,31 +187,14 @@ void Pager::Rollback() {
   ++epoch_;
 }
 
-int Pager::WriteClass(std::uint32_t page) const {
-  if ((states_[page].flags & kNew) != 0) return kUnused;
-  if (page == 0) return kFileHeader;
-  if (page == kGlobalMapPage) return kGlobal;
-  const std::uint8_t* bytes = Read(page);
-  switch (bytes[0]) {
-    case page_type::kMapBits: return kBits;
-    case page_type::kDefinition: return kDefinitions;
-    case page_type::kData: return data_page::Owner(bytes) == 0 ? kOwnerMaps : kInUse;
-    default: return kInUse;
-  }
-}
-
-std::vector<std::uint32_t> Pager::DirtyPages(int firstClass, int lastClass) const {
-  std::vector<std::pair<int, std::uint32_t>> order;
+std::vector<std::uint32_t> Pager::DirtyPages(bool fresh) const {
+  std::vector<std::uint32_t> pages;
   for (const std::uint32_t page : dirty_) {
     if (page >= pageCount_ || (states_[page].flags & kDirty) == 0 || IsFree(page)) continue;
-    const int writeClass = WriteClass(page);
-    if (writeClass >= firstClass && writeClass <= lastClass) order.emplace_back(writeClass, page);
+    if (((states_[page].flags & kNew) != 0) == fresh) pages.push_back(page);
   }
-  std::sort(order.begin(), order.end());
-  order.erase(std::unique(order.begin(), order.end()), order.end());
-  std::vector<std::uint32_t> pages;
-  pages.reserve(order.size());
-  for (const auto& [writeClass, page] : order) pages.push_back(page);
+  std::sort(pages.begin(), pages.end());
+  pages.erase(std::unique(pages.begin(), pages.end()), pages.end());
   return pages;
 }
 
@@ -228,34 +207,63 @@ void Pager::WritePages(File& file, const std::vector<std::uint32_t>& pages) cons
   }
 }
 
+// Two bytes of one sector: no stop leaves one of them and not the other.
+void Pager::WriteQuietPair() {
+  file_->WriteAt(header::kCommitPair, {Read(0) + header::kCommitPair, header::kCommitPairBytes});
+}
+
+void Pager::WriteMark() {
+  Read(0);  // while the file still says what to put back
+  try {
+    file_->WriteAt(header::kCommitPair, header::kUnfinished);
+    file_->Flush();
+  } catch (...) {
+    if (unfinished_) throw;
+    // Nothing has changed in place, so the file is still the old one.
+    unfinished_ = true;
+    try {
+      WriteQuietPair();
+      unfinished_ = false;
+    } catch (...) {
+      // The first failure is the one to tell.
+    }
+    throw;
+  }
+  unfinished_ = true;
+}
+
 void Pager::Flush() {
   if (!Dirty() && freedRecently_.empty()) return;
   if (!file_) throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
-  if (const auto fresh = DirtyPages(kUnused, kUnused); !fresh.empty()) {
-    WritePages(*file_, fresh);
-    file_->Flush();
-  }
-  WritePages(*file_, DirtyPages(kGlobal, kFileHeader));
-  if (!freedRecently_.empty()) {
-    for (const std::uint32_t page : std::exchange(freedRecently_, {})) {
-      states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kFreed);
-      global_map::Set(*this, page, true);
-      SetFreeBit(page, true);
-    }
-    WritePages(*file_, DirtyPages(kUnused, kBits));
-  }
+  // The map to be written has them free; they are not handed out before it is written.
+  for (const std::uint32_t page : freedRecently_) global_map::Set(*this, page, true);
+  const std::vector<std::uint32_t> fresh = DirtyPages(true);
+  // Left behind by a stop, pages that the file's map does not reach could never be told from pages in use.
+  if (!fresh.empty() && fresh.back() >= mapReach_) WriteMark();
+  WritePages(*file_, fresh);
+  WriteMark();
+  WritePages(*file_, DirtyPages(false));
   file_->Flush();
+  WriteQuietPair();
+  file_->Flush();
+  unfinished_ = false;
+  for (const std::uint32_t page : freedRecently_) {
+    states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kFreed);
+    SetFreeBit(page, true);
+  }
+  freedRecently_.clear();
   for (const std::uint32_t page : dirty_) {
     if (page >= pageCount_) continue;
     states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~(kDirty | kNew));
   }
   dirty_.clear();
   dirtyCount_ = 0;
+  mapReach_ = global_map::Reach(*this);
   ++epoch_;
 }
 
 void Pager::ReleaseClean() {
-  if (!file_) return;
+  if (!file_ || unfinished_) return;  // the file may say less than the memory
   for (std::size_t slab = 0; slab < slabs_.size(); ++slab) {
     if (!slabs_[slab]) continue;
     const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;

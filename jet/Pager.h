@@ -78,11 +78,14 @@ class Pager {
   bool InTransaction() const { return inTransaction_; }
 
   bool Dirty() const { return dirtyCount_ != 0; }
-  // Writes the dirty pages to the file, in this order, so that a stop at any point leaves a file that refers
-  // only to pages that are there: pages that the file on disk does not use yet; the global map; map pages and
-  // rows of the owners; pages in use (rows, long values, index roots); table definitions; the header. Freed
-  // pages are not written at all.
+  // Writes the dirty pages to the file. First come those that the file on disk does not use yet; then the
+  // file is marked as being written, the pages in use are written, and the mark is taken off. Each step is on
+  // the disk before the next one begins, so that a stop at any point leaves the old content, the new content
+  // or the mark. (Where the global map has to grow, the mark comes first of all.) Freed pages are not written
+  // at all. After a failure it can be called again.
   void Flush();
+  // Whether a Flush() that failed may have left the file marked: what the file should hold is here only.
+  bool Unfinished() const { return unfinished_; }
   // Writes the whole image to an empty file, front to back.
   void WriteAll(File& file) const;
 
@@ -112,13 +115,15 @@ class Pager {
   void Load(std::size_t slab) const;
   void Touch(std::uint32_t page, const std::uint8_t* bytes);
   std::uint32_t Append();
-  int WriteClass(std::uint32_t page) const;
-  std::vector<std::uint32_t> DirtyPages(int firstClass, int lastClass) const;
+  // Ascending: those that the file on disk does not use, or those that it does.
+  std::vector<std::uint32_t> DirtyPages(bool fresh) const;
   void WritePages(File& file, const std::vector<std::uint32_t>& pages) const;
   bool FreeBit(std::uint32_t page) const {
     return page / 64 < free_.size() && (free_[page / 64] >> page % 64 & 1) != 0;
   }
   void SetFreeBit(std::uint32_t page, bool free);
+  void WriteMark();
+  void WriteQuietPair();
 
   std::unique_ptr<File> file_;
   std::uint32_t pageCount_ = 0;
@@ -129,6 +134,8 @@ class Pager {
 
   std::vector<std::uint64_t> free_;           // pages that may be handed out now
   std::vector<std::uint32_t> freedRecently_;  // free, but still in use by the file on disk
+  std::uint32_t mapReach_ = 0;                // of the global map in the file on disk
+  bool unfinished_ = false;
 
   std::uint32_t epoch_ = 1;
   bool inTransaction_ = false;

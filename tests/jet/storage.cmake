@@ -27,6 +27,7 @@ kst_test(jet_storage_tests
     storage/RowCodecTest.cpp
     storage/SampleChangesTest.cpp
     storage/SamplesTest.cpp
+    storage/StoppedFlushTest.cpp
     storage/Support.cpp
     storage/TableDefTest.cpp
     storage/TableIndexesTest.cpp

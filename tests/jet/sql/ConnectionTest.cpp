@@ -31,6 +31,10 @@ std::vector<std::string> FaultsOf(const std::filesystem::path& path) {
   return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string())->Check();
 }
 
+std::size_t RowsIn(const std::filesystem::path& path) {
+  return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string())->OpenTable(u"FTable").RowCount();
+}
+
 class Connections : public ::testing::Test {
  protected:
   Connections() : path(MakeDatabaseFile(folder / "default.dat")) {
@@ -245,7 +249,10 @@ TEST_F(Connections, WriteTheirChangesWhenDestroyedOrMovedOver) {
   EXPECT_EQ(Count(connection), 3u);
 }
 
-TEST_F(Connections, CloseAndReportAFailedWrite) {
+// What could not be written is lost where the file has its old content still, and is kept in memory where it
+// has not.
+TEST_F(Connections, LoseOrKeepTheirChangesWhenAWriteFailsButNeverTheFile) {
+  int damaged = 0;
   for (std::size_t writes = 0;; ++writes) {
     const std::filesystem::path file = MakeDatabaseFile(folder / ("failing" + std::to_string(writes)));
     std::size_t failAfter = writes;
@@ -264,22 +271,63 @@ TEST_F(Connections, CloseAndReportAFailedWrite) {
     }
     EXPECT_EQ(failing.State(), 0);
     if (!failed) {
-      EXPECT_GT(writes, 2u);
+      EXPECT_GT(writes, 4u);
       break;
     }
-    // Closed means closed: the object reads the file anew, and works if the stopped writing left a sound
-    // file.
-    failAfter = 1000000;
+    std::size_t others = 0;  // rows that another one sees
     try {
-      failing.Open();
-      AddItem(failing, u"again");
-      failing.Close();
-    } catch (const Error&) {
-      // Reported as damaged: also right.
+      others = RowsIn(file);
+      EXPECT_TRUE(others == 0 || others == 100) << writes;
+    } catch (const Error& error) {
+      ++damaged;
+      EXPECT_EQ(ToUtf8(error.Description()), "The database '" + ToUtf8(file.u16string()) +
+                                                 "' is damaged: writing to it was stopped before its end.");
+      others = 100;  // kept in memory
     }
-    EXPECT_EQ(failing.State() == 1 ? (failing.Close(), 0) : failing.State(), 0);
+    failAfter = 1000000;
+    failing.Open();
+    AddItem(failing, u"again");
+    failing.Close();
+    EXPECT_EQ(RowsIn(file), others + 1) << writes;
+    EXPECT_EQ(FaultsOf(file), std::vector<std::string>());
     ASSERT_LT(writes, 1000u);
   }
+  EXPECT_GT(damaged, 2);
+}
+
+TEST_F(Connections, GiveUpWhatTheyCouldNotWriteForAFileThatTookItsPlace) {
+  std::size_t failAfter = 4;
+  Connection failing([&failAfter](const std::filesystem::path& name, OpenMode mode) {
+    return OpenFailingFile(OpenFile(name, mode), failAfter);
+  });
+  failing.SetConnectionString(ConnectionStringOf(path));
+  failing.Open();
+  AddItem(failing, u"1#K");
+  EXPECT_THROW(failing.Close(), Error);
+  EXPECT_THROW(RowsIn(path), Error);  // marked as damaged
+
+  std::filesystem::remove(path);
+  MakeDatabaseFile(path);
+  failAfter = 1000000;
+  failing.Open();
+  EXPECT_EQ(Count(failing), 0u);
+  failing.Close();
+  EXPECT_EQ(FaultsOf(path), std::vector<std::string>());
+}
+
+TEST_F(Connections, ForgetWhatTheyCouldNotWriteWhenToldTo) {
+  std::size_t failAfter = 4;
+  Connection failing([&failAfter](const std::filesystem::path& name, OpenMode mode) {
+    return OpenFailingFile(OpenFile(name, mode), failAfter);
+  });
+  failing.SetConnectionString(ConnectionStringOf(path));
+  failing.Open();
+  AddItem(failing, u"1#K");
+  EXPECT_THROW(failing.Close(), Error);
+
+  failing.Forget();
+  EXPECT_THROW(failing.Open(), Error);
+  EXPECT_EQ(failing.State(), 0);
 }
 
 TEST_F(Connections, KeepLookupsRightAcrossClosing) {
