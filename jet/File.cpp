@@ -96,7 +96,8 @@ bool Synchronize(int descriptor) { return ::fsync(descriptor) == 0; }
 
 class DiskFile final : public File {
  public:
-  DiskFile(int descriptor, std::u16string name) : descriptor_(descriptor), name_(std::move(name)) {}
+  DiskFile(int descriptor, bool readOnly, std::u16string name)
+      : descriptor_(descriptor), readOnly_(readOnly), name_(std::move(name)) {}
   ~DiskFile() override { CloseDescriptor(descriptor_); }
   DiskFile(const DiskFile&) = delete;
   DiskFile& operator=(const DiskFile&) = delete;
@@ -120,6 +121,8 @@ class DiskFile final : public File {
   }
 
   void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+    // The system would speak of a bad file descriptor.
+    if (readOnly_) throw Error(code::kGeneric, u"Could not write '" + name_ + u"': the file is read-only.");
     while (!bytes.empty()) {
       const std::int64_t done =
           WriteSome(descriptor_, offset, bytes.data(), std::min(bytes.size(), kLargestPiece));
@@ -135,6 +138,7 @@ class DiskFile final : public File {
 
  private:
   int descriptor_;
+  bool readOnly_;
   std::u16string name_;
 };
 
@@ -204,9 +208,10 @@ std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode)
   bool inUse = false;
   int descriptor = OpenDescriptor(path, mode, error, inUse);
   if (descriptor < 0 && !inUse && mode == OpenMode::kReadWrite && (error == EACCES || error == EROFS)) {
-    descriptor = OpenDescriptor(path, OpenMode::kRead, error, inUse);
+    mode = OpenMode::kRead;
+    descriptor = OpenDescriptor(path, mode, error, inUse);
   }
-  if (descriptor >= 0) return std::make_unique<DiskFile>(descriptor, NameOf(path));
+  if (descriptor >= 0) return std::make_unique<DiskFile>(descriptor, mode == OpenMode::kRead, NameOf(path));
   if (inUse) ThrowInUse(path);
   if (mode != OpenMode::kCreate && (error == ENOENT || error == ENOTDIR)) ThrowMissing(path);
   ThrowFailed(mode == OpenMode::kCreate ? u"create" : u"open", NameOf(path), error);

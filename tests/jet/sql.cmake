@@ -2,6 +2,7 @@ kst_test(jet_sql_tests
   SOURCES
     sql/ConnectionTest.cpp
     sql/ConvertTest.cpp
+    sql/FailingFilesTest.cpp
     sql/LookupsTest.cpp
     sql/ParserTest.cpp
     sql/RandomStatementsTest.cpp

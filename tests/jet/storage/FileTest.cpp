@@ -1,5 +1,10 @@
 #include <array>
+#include <csignal>
 #include <fstream>
+
+#ifdef __linux__
+#include <sys/resource.h>
+#endif
 
 #include "jet/File.h"
 #include "tests/jet/storage/Support.h"
@@ -12,13 +17,16 @@ using testing::HasSubstr;
 
 constexpr std::array<std::uint8_t, 3> kAbc = {'a', 'b', 'c'};
 
-std::string MessageOf(const std::filesystem::path& path, OpenMode mode) {
+std::string MessageOf(const auto& body) {
   try {
-    OpenFile(path, mode);
+    body();
   } catch (const Error& error) {
     return error.what();
   }
   return "";
+}
+std::string MessageOf(const std::filesystem::path& path, OpenMode mode) {
+  return MessageOf([&] { OpenFile(path, mode); });
 }
 
 TEST(DiskFile, ReadsWhatWasWritten) {
@@ -65,6 +73,53 @@ TEST(DiskFile, IsForOneWriterAlone) {
   EXPECT_NO_THROW(OpenFile(path, OpenMode::kRead));
   EXPECT_THAT(MessageOf(path, OpenMode::kReadWrite), HasSubstr("; file already in use."));
 }
+
+TEST(DiskFile, SaysThatItIsReadOnlyWhenWrittenTo) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  OpenFile(path, OpenMode::kCreate)->WriteAt(0, kAbc);
+  const auto file = OpenFile(path, OpenMode::kRead);
+  EXPECT_EQ(MessageOf([&] { file->WriteAt(0, kAbc); }),
+            "Could not write '" + path.string() + "': the file is read-only.");
+}
+
+TEST(DiskFile, SaysThatTheDiskIsFull) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "this system has no full device";
+  const auto file = OpenFile("/dev/full", OpenMode::kReadWrite);
+  EXPECT_EQ(MessageOf([&] { file->WriteAt(0, kAbc); }),
+            "Could not write '/dev/full': No space left on device.");
+}
+
+#ifdef __linux__
+// The address 0 of a process's memory cannot be read: the system reports an input/output error.
+TEST(DiskFile, SaysThatItCannotBeRead) {
+  const auto file = OpenFile("/proc/self/mem", OpenMode::kRead);
+  std::array<std::uint8_t, 4> bytes{};
+  EXPECT_EQ(MessageOf([&] { file->ReadAt(0, bytes); }),
+            "Could not read '/proc/self/mem': Input/output error.");
+}
+
+// The system cuts a write at the limit and reports the failure at the next one.
+TEST(DiskFile, GoesOnAfterAShortWriteAndSaysWhyItEnds) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  const auto file = OpenFile(path, OpenMode::kCreate);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit two{2, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &two), 0);
+
+  const std::string message = MessageOf([&] { file->WriteAt(0, kAbc); });
+
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, oldHandler);
+  EXPECT_EQ(message, "Could not write '" + path.string() + "': File too large.");
+  EXPECT_EQ(file->Size(), 2u);
+  file->WriteAt(0, kAbc);
+  EXPECT_EQ(file->Size(), 3u);
+}
+#endif
 
 TEST(FailingFile, FailsAtTheGivenWriteAndLater) {
   const auto bytes = std::make_shared<std::vector<std::uint8_t>>();
