@@ -44,7 +44,7 @@ std::unique_ptr<File> OpenFailingFile(std::unique_ptr<File> inner, std::size_t w
 // What tells one state of a file from another without reading it. Two equal stamps mean: not changed since.
 struct FileStamp {
   std::uint64_t size = 0;
-  std::int64_t writeTime = 0;  // ticks of the file system's clock
+  std::int64_t writeTime = 0;  // as fine as the library tells it: on Windows whole seconds
   std::uint64_t fileId = 0;    // inode where the system has one, else 0
   bool operator==(const FileStamp&) const = default;
 };
