@@ -29,7 +29,8 @@ else()
     target_compile_definitions(project_options INTERFACE _GLIBCXX_ASSERTIONS)
     # With sanitizers GCC warns of uninitialised parts of variants that are never read.
     target_compile_options(project_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
-                                                     -fno-omit-frame-pointer -Wno-maybe-uninitialized)
+                                                     -fno-omit-frame-pointer
+                                                     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(project_options INTERFACE -fsanitize=address,undefined)
   endif()
 endif()
