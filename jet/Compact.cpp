@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "jet/DataPage.h"
@@ -204,7 +205,22 @@ class TableCopy {
     RealIndex& index = target.def.indexes[number];
     IndexEntries entries = KeysAreKnown(index) ? CollectEntries(target, index) : EntriesOfOldTree(number);
     entries.Sort();
+    if (index.Unique()) RefuseRepeatedKeys(index, entries);
     BuildIndex(*target.pager, target.def.page, index, entries);
+  }
+
+  // Keys of nothing but NULL may repeat.
+  void RefuseRepeatedKeys(const RealIndex& index, const IndexEntries& entries) const {
+    std::string nulls;
+    for (const KeyColumn& column : index.columns) nulls.push_back(column.ascending ? '\x00' : '\xFF');
+    const auto keyOf = [&entries](std::size_t i) {
+      const auto entry = entries[i];
+      return std::string_view(reinterpret_cast<const char*>(entry.data()), entry.size() - kRowPointer);
+    };
+    for (std::size_t i = 1; i < entries.size(); ++i) {
+      if (keyOf(i) == keyOf(i - 1) && keyOf(i) != nulls)
+        ThrowCorrupt("a unique index has a key twice", source_.def.page);
+    }
   }
 
   bool KeysAreKnown(const RealIndex& index) const {
