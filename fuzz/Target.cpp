@@ -31,7 +31,7 @@ const Target& FindTarget(std::string_view name) {
 
 // The fixed part covers what small files need at the least: a block of 16 pages for each file that is open,
 // and the tables' descriptions.
-std::size_t MemoryLimitFor(std::size_t inputSize) { return (std::size_t{4} << 20) + 24 * inputSize; }
+std::size_t MemoryLimitFor(std::size_t inputSize) { return (std::size_t{1} << 20) + 16 * inputSize; }
 
 void Run(const Target& target, Input input) {
   const MemoryMeter meter(MemoryLimitFor(input.size()));

@@ -53,7 +53,10 @@ class Checker {
       Guard(name, [&] { ClaimLongValues(internal, position, pieces); });
     }
     std::vector<RowId> rows;
-    Guard(name, [&] { CheckRows(internal, rows, pieces); });
+    Guard(name, [&] {
+      internal.CheckSize();
+      CheckRows(internal, rows, pieces);
+    });
     if (def.kind == TableDef::kUser && rows.size() != table.RowCount()) {
       Fault(name + ": the definition says " + std::to_string(table.RowCount()) + " rows, the pages hold " +
             std::to_string(rows.size()));

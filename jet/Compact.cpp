@@ -74,6 +74,7 @@ class TableCopy {
   }
 
   void Run() {
+    source_.CheckSize();
     std::uint32_t count = 0;
     if (const RealIndex* primary = PrimaryKey()) {
       for (const RowId row : RowsInOrderOf(*primary)) {
@@ -303,9 +304,12 @@ void DatabaseImpl::CompactInto(File& destination) {
   std::vector<Pair> tables;
   IdMap ids;
   MapRows engineMaps(target.Pages());
+  std::size_t pagesAtLeast = 0;  // of the old file
   for (const CatalogObject& object : catalog_.Objects()) {
     if (!object.LocalTable()) continue;
     TableImpl& source = TableAt(object.id, object.name);
+    pagesAtLeast += 1 + source.Internal().def.indexes.size();
+    if (pagesAtLeast > pager_.PageCount()) ThrowCorrupt("tables or indexes share their pages", object.id);
     TableDef def = CopyDefinition(source.Internal());
     const bool engine = object.id >= engine_table::kObjects && object.id <= engine_table::kRelationships;
     def.page = engine ? object.id : target.Pages().Allocate();

@@ -5,7 +5,7 @@
 
 namespace kestrelon::jet {
 
-Cursor::Cursor(const TableInternal& table) : table_(&table) {}
+Cursor::Cursor(const TableInternal& table) : table_(&table) { table.CheckSize(); }
 
 bool Cursor::Next() {
   const std::vector<std::uint32_t>& pages = table_->rows.Pages();

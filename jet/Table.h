@@ -48,6 +48,7 @@ struct TableInternal;
 // the columns that are asked for. Valid until the table is changed.
 class Cursor {
  public:
+  // Throws CorruptFile for a table whose rows cannot all be different ones: they hold more than the file.
   explicit Cursor(const TableInternal& table);
   // Steps to the next live row; false at the end.
   bool Next();

@@ -52,7 +52,7 @@ constexpr std::size_t kCountBlock = 12, kColumnBlock = 25, kIndexBlock = 52, kLo
 constexpr std::size_t kKeySlots = 10;
 constexpr std::size_t kMostColumns = 255;
 constexpr std::size_t kMostIndexes = 1000;   // far beyond the 32 that Access allows
-constexpr std::size_t kMostBytes = 1 << 20;  // of a definition; 255 columns and 32 indexes need 60 KB
+constexpr std::size_t kMostBytes = 1 << 17;  // of a definition; 255 columns and 32 indexes need 60 KB
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 
 // Reads the stream in order; every step is checked.

@@ -44,6 +44,59 @@ void TableInternal::Forget() {
   }
 }
 
+namespace {
+
+// The bytes of a row that may be shared with another one: its own if it was moved, and its long values. None
+// where it cannot be read, since nobody gets at them then.
+std::uint64_t SharableBytes(const TableInternal& table, const std::vector<const StoredColumn*>& longColumns,
+                            RowId row) {
+  try {
+    const RowPlace place = FindRow(table, row);
+    std::uint64_t bytes = place.Moved() ? place.size : 0;
+    if (longColumns.empty()) return bytes;
+    const RowView view(place.bytes, place.size, table.HasVariableColumns(), place.page);
+    for (const StoredColumn* column : longColumns) {
+      if (!view.Has(column->number)) continue;
+      const auto field = view.Field(*column);
+      if (!long_value::Outside(field)) continue;
+      const std::uint32_t head = Get32(field.data()), length = head & long_value::kLengthBits;
+      const bool oneRow = (head & long_value::kRowBit) != 0;
+      if (length <= (oneRow ? kPageSize : table.pager->PageCount() * std::uint64_t{kPageSize}))
+        bytes += length;
+    }
+    return bytes;
+  } catch (const CorruptFile&) {
+    return 0;
+  }
+}
+
+}  // namespace
+
+void TableInternal::LookAtSize() const {
+  std::vector<const StoredColumn*> longColumns;
+  for (const StoredColumn& column : stored) {
+    if (column.LongValue()) longColumns.push_back(&column);
+  }
+  // One wrong length may count as much as the whole file, and is no reason to refuse the other rows.
+  const std::uint64_t most = 4 * std::uint64_t{pager->PageCount()} * kPageSize;
+  std::uint64_t bytes = 0;
+  for (const std::uint32_t page : rows.Pages()) {
+    const std::uint8_t* start = nullptr;
+    try {
+      start = rows.Read(page);
+    } catch (const CorruptFile&) {
+      continue;
+    }
+    for (std::size_t slot = 0; slot < std::min(data_page::SlotCount(start), kMostSlots); ++slot) {
+      const std::uint16_t entry = data_page::Slot(start, slot);
+      if ((entry & kSlotHidden) != 0 || ((entry & kSlotMoved) == 0 && longColumns.empty())) continue;
+      bytes += SharableBytes(*this, longColumns, MakeRowId(page, slot));
+      if (bytes > most) ThrowCorrupt("rows hold many times more than the file", def.page);
+    }
+  }
+  sizeChecked_ = true;
+}
+
 RowPlace FindRow(const TableInternal& table, RowId row) {
   RowPlace place;
   place.homePage = place.page = static_cast<std::uint32_t>(row) >> 8;

@@ -27,6 +27,12 @@ struct TableInternal {
   const PageSet& LongValuesOf(std::size_t position) const { return *longValues[position]; }
   // Forgets what mirrors the pages, after a rollback.
   void Forget();
+  // Throws CorruptFile when the moved rows and the long values hold several times more than the file. Nothing
+  // but bytes that many rows share makes that so, and of such a table even reading it could take any time,
+  // and copying it any memory. Looks at the rows once, and into no long value.
+  void CheckSize() const {
+    if (!sizeChecked_) LookAtSize();
+  }
 
   Pager* pager;
   std::u16string name;
@@ -35,6 +41,11 @@ struct TableInternal {
   std::vector<StoredColumn> stored;  // the same columns
   PageSet rows;
   std::vector<std::optional<PageSet>> longValues;  // by position
+
+ private:
+  void LookAtSize() const;
+
+  mutable bool sizeChecked_ = false;
 };
 
 // Where a row lies: its home slot, which never changes, and the slot that holds its bytes.

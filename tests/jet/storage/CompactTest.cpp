@@ -1,3 +1,4 @@
+#include "jet/DatabaseInternal.h"
 #include "tests/jet/storage/Support.h"
 
 namespace kestrelon::jet {
@@ -96,6 +97,17 @@ TEST(CompactInto, IsRefusedWithinATransaction) {
   Fixture fixture;
   fixture.database->Begin();
   EXPECT_THROW(Compact(*fixture.database), Error);
+}
+
+TEST(CompactInto, RefusesAFileWhoseTablesHaveMoreIndexesThanThereArePages) {
+  Fixture fixture;
+  auto& database = static_cast<DatabaseImpl&>(*fixture.database);
+  TableDef& tree = static_cast<TableImpl&>(fixture.Tree()).Internal().def;
+  tree.indexes.resize(500, tree.indexes.front());
+  WriteTableDef(database.Pages(), tree);
+  database.Flush();
+  auto packed = std::make_shared<std::vector<std::uint8_t>>();
+  EXPECT_THROW(OpenInMemory(fixture.bytes)->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
 }
 
 TEST(CompactInto, WritesNothingWhenTheSourceIsDamaged) {

@@ -145,6 +145,73 @@ TEST(CutFile, StillOpensWhereOnlyAPartOfANewPageIsLost) {
   EXPECT_THAT(OpenInMemory(bytes)->Check(), testing::IsEmpty());
 }
 
+// Calls each(bytes of a row's page, slot) for the rows of FTable.
+template <class Each>
+void ForEachRow(const ByteVector& bytes, Each&& each) {
+  const auto database = OpenInMemory(bytes);
+  std::vector<RowId> rows;
+  for (Cursor cursor = database->OpenTable(u"FTable").Rows(); cursor.Next();) rows.push_back(cursor.Row());
+  for (const RowId row : rows) {
+    const auto number = static_cast<std::uint32_t>(row);
+    each(bytes->data() + (number >> 8) * kPageSize, number & 0xFF);
+  }
+}
+
+// Rows that share a long value of 60,000 bytes.
+ByteVector SharedLongValue(int rows) {
+  Fixture fixture;
+  const auto insert = [&](std::u16string comment) {
+    return fixture.Insert(ItemRow(u"", u"", u"", u"", u"", u"", std::move(comment)));
+  };
+  insert(Repeat(u"chain", 30'000));
+  for (int i = 0; i < rows; ++i) insert(Repeat(u"one row of its own", 200));
+  fixture.database->Flush();
+  std::vector<std::uint8_t> shared;
+  ForEachRow(fixture.bytes, [&shared](std::uint8_t* page, std::size_t slot) {
+    std::uint8_t* at = page + data_page::Start(page, slot);
+    while (Get32(at) != 60'000 && Get32(at) != (202 | 0x40000000)) ++at;
+    if (shared.empty()) shared.assign(at, at + 12);
+    std::copy(shared.begin(), shared.end(), at);
+  });
+  return fixture.bytes;
+}
+
+void ExpectRefused(const ByteVector& bytes) {
+  const auto database = OpenInMemory(bytes);
+  EXPECT_THROW(ReadAll(database->OpenTable(u"FTable")), CorruptFile);
+  EXPECT_THAT(database->Check(), testing::Contains(testing::HasSubstr("hold many times more than the file")));
+  auto packed = std::make_shared<std::vector<std::uint8_t>>();
+  EXPECT_THROW(database->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
+}
+
+TEST(RowsThatShareALongValue, AreReadWhileTheyHoldNoMoreThanTheFile) {
+  const ByteVector bytes = SharedLongValue(1);
+  const auto database = OpenInMemory(bytes);
+  EXPECT_EQ(ReadAll(database->OpenTable(u"FTable")).size(), 2u);
+}
+
+TEST(RowsThatShareALongValue, AreRefusedWhenTheyHoldManyTimesMoreThanTheFile) {
+  ExpectRefused(SharedLongValue(60));
+}
+
+TEST(RowsThatWereMovedToOnePlace, AreRefusedWhenTheyHoldManyTimesMoreThanTheFile) {
+  Fixture fixture;
+  const RowId moved = fixture.Insert(ItemRow(u"", u"", u"moved", u"", u"", u"", u""));
+  for (int i = 0; i < 90; ++i) fixture.Insert(ItemRow(u"", u"", u"row", u"", u"", u"", u""));
+  for (const std::size_t column : {2u, 3u}) fixture.Update(moved, column, Repeat(u"文", 255));
+  fixture.Update(moved, 4, Repeat(u"文", 30));
+  for (int i = 0; i < 900; ++i) fixture.Insert(ItemRow(u"", u"", u"row", u"", u"", u"", u""));
+  fixture.database->Flush();
+  std::uint32_t place = 0;
+  ForEachRow(fixture.bytes, [&place](std::uint8_t* page, std::size_t slot) {
+    std::uint8_t* at = page + data_page::Start(page, slot);
+    if (place == 0) place = Get32(at);
+    Put32(at, place);
+    Put16(page + kDataHeader + 2 * slot, data_page::Slot(page, slot) | kSlotMoved);
+  });
+  ExpectRefused(fixture.bytes);
+}
+
 TEST(SwappedPages, AreReadOrRefused) {
   const ByteVector bytes = SmallFile();
   const std::size_t pages = bytes->size() / kPageSize;
