@@ -2,7 +2,7 @@
 // changed as the program's commands do it, and packed when it is saved. The statements are those of store/,
 // items/ and tree/; what they do to the windows is left out.
 
-#include <map>
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -70,6 +70,14 @@ std::vector<std::string> Faults(const SharedBytes& bytes) {
   } catch (const Error& error) {
     return {error.what()};
   }
+}
+
+// Rows are packed as they are, whatever their values.
+bool IsOfOneValue(const std::string& fault) {
+  static constexpr std::string_view kFaults[] = {"a text ends within a character", "a value is cut off",
+                                                 "column lies outside its row"};
+  return std::any_of(std::begin(kFaults), std::end(kFaults),
+                     [&](std::string_view each) { return fault.find(each) != std::string::npos; });
 }
 
 class Slot {
@@ -218,10 +226,7 @@ class Slot {
     working_ = packed;
     // Whatever it was made from: a packed copy is sound, but for single values that could not be read before.
     std::vector<std::string> faults = Faults(working_);
-    std::erase_if(faults, [this](const std::string& fault) {
-      return !sound_ && (fault.find("a text ends within a character") != std::string::npos ||
-                         fault.find("a value is cut off") != std::string::npos);
-    });
+    if (!sound_) std::erase_if(faults, IsOfOneValue);
     if (!faults.empty()) throw Finding("packing: " + faults.front());
     if (ours_ && sound_) CheckIsOurs(working_);
     sound_ = Faults(working_).empty();

@@ -31,9 +31,11 @@ void TellWhatRan(int) {
   std::raise(SIGABRT);
 }
 
+// Of the mutation that is being made.
+Random random(0);
+
 // Some bytes become others.
 std::size_t ChangeBytes(std::uint8_t* data, std::size_t size, std::size_t) {
-  static Random random(1);
   for (std::size_t changes = 1 + random.Below(3); changes > 0 && size > 0; --changes)
     data[random.Below(size)] = static_cast<std::uint8_t>(random.Next());
   return size;
@@ -92,6 +94,7 @@ TEST_P(HostileFiles, DoNoHarmDamaged) {
       room.resize(std::min(room.size(), kMostBytes));
     }
     const std::size_t size = room.size();
+    random = Random(number);
     room.resize(std::max(size, kMostBytes));
     room.resize(GetParam().mutate(room.data(), size, room.size(), number, ChangeBytes));
     Run("mutation " + std::to_string(number), room);
