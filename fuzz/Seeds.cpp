@@ -172,6 +172,8 @@ InputBytes Keys(std::initializer_list<std::uint8_t> description, std::string_vie
   return input;
 }
 
+bool ByName(const Seed& a, const Seed& b) { return a.name < b.name; }
+
 InputBytes Text(std::string_view text) { return {text.begin(), text.end()}; }
 
 }  // namespace
@@ -285,6 +287,19 @@ InputBytes FromText(std::string_view text) {
   return bytes;
 }
 
+std::vector<Seed> ReadSamples(const std::filesystem::path& folder) {
+  constexpr std::uintmax_t kLargest = 150'000;
+  std::vector<Seed> samples;
+  std::error_code absent;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, absent)) {
+    if (entry.path().extension() != ".mdb" || entry.file_size() > kLargest) continue;
+    std::ifstream file(entry.path(), std::ios::binary);
+    samples.push_back({entry.path().stem().string(), InputBytes(std::istreambuf_iterator<char>(file), {})});
+  }
+  std::sort(samples.begin(), samples.end(), ByName);
+  return samples;
+}
+
 std::vector<Seed> ReadKept(const std::filesystem::path& folder) {
   std::vector<Seed> kept;
   std::error_code absent;
@@ -294,7 +309,7 @@ std::vector<Seed> ReadKept(const std::filesystem::path& folder) {
     const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     kept.push_back({entry.path().stem().string(), FromText(text)});
   }
-  std::sort(kept.begin(), kept.end(), [](const Seed& a, const Seed& b) { return a.name < b.name; });
+  std::sort(kept.begin(), kept.end(), ByName);
   return kept;
 }
 

@@ -23,6 +23,8 @@ InputBytes MakeFile(const std::vector<jet::NewTable>& tables, const std::vector<
 std::string ToText(Input input);
 // Throws std::invalid_argument.
 InputBytes FromText(std::string_view text);
+// The databases (*.mdb) of a folder and the folders in it that are small enough for fuzzing, by name.
+std::vector<Seed> ReadSamples(const std::filesystem::path& folder);
 // All inputs that are kept as "*.txt" in a folder, by name. An absent folder holds none.
 std::vector<Seed> ReadKept(const std::filesystem::path& folder);
 

@@ -12,11 +12,11 @@
 namespace kestrelon::fuzz {
 namespace {
 
-constexpr Target kTargets[] = {{"pages", RunPages, PageSeeds, MutateFile},
-                               {"rows", RunRows, RowSeeds, MutateFragments},
-                               {"index", RunIndex, IndexSeeds, MutateFragments},
-                               {"sql", RunSql, SqlSeeds, MutateStatements},
-                               {"slot", RunSlot, SlotSeeds, MutateFile}};
+constexpr Target kTargets[] = {{"pages", true, RunPages, PageSeeds, MutateFile},
+                               {"rows", false, RunRows, RowSeeds, MutateFragments},
+                               {"index", false, RunIndex, IndexSeeds, MutateFragments},
+                               {"sql", false, RunSql, SqlSeeds, MutateStatements},
+                               {"slot", true, RunSlot, SlotSeeds, MutateFile}};
 
 }  // namespace
 

@@ -39,6 +39,7 @@ using MutateKnowing = std::size_t (*)(std::uint8_t* data, std::size_t size, std:
 
 struct Target {
   const char* name;
+  bool wholeFiles;            // its inputs are database files
   void (*body)(Input input);  // throws Finding
   std::vector<Seed> (*seeds)();
   MutateKnowing mutate;

@@ -27,6 +27,11 @@ void WriteFile(const std::filesystem::path& path, const InputBytes& bytes) {
   if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
+void WriteAll(const std::filesystem::path& folder, const std::string& prefix,
+              const std::vector<Seed>& inputs) {
+  for (const Seed& input : inputs) WriteFile(folder / (prefix + input.name), input.bytes);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -42,9 +47,7 @@ int main(int argc, char** argv) {
       std::filesystem::create_directories(folder);
       for (const Seed& seed : FindTarget(first).seeds())
         WriteFile(folder / ("seed-" + seed.name), seed.bytes);
-      if (argc == 4) {
-        for (const Seed& kept : ReadKept(argv[3])) WriteFile(folder / ("kept-" + kept.name), kept.bytes);
-      }
+      if (argc == 4) WriteAll(folder, "kept-", ReadKept(argv[3]));
     } else {
       std::fputs("usage: fuzz-seeds TARGET FOLDER [KEPT] | --text FILE | --bytes TEXT FILE\n", stderr);
       return 2;

@@ -7,8 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "fuzz/MemoryMeter.h"
@@ -20,7 +18,6 @@ namespace kestrelon::fuzz {
 namespace {
 
 constexpr std::size_t kMostBytes = 170'000;
-constexpr std::uintmax_t kLargestSample = 150'000;
 
 // What is being run, for whoever must repeat an input that ended the program.
 std::string running;
@@ -41,25 +38,12 @@ std::size_t ChangeBytes(std::uint8_t* data, std::size_t size, std::size_t) {
   return size;
 }
 
-std::vector<Seed> Samples() {
-  std::vector<Seed> samples;
-  std::error_code absent;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTRELON_SAMPLES, absent)) {
-    if (entry.path().extension() != ".mdb" || entry.file_size() > kLargestSample) continue;
-    std::ifstream file(entry.path(), std::ios::binary);
-    samples.push_back(
-        {entry.path().filename().string(), InputBytes(std::istreambuf_iterator<char>(file), {})});
-  }
-  std::sort(samples.begin(), samples.end(), [](const Seed& a, const Seed& b) { return a.name < b.name; });
-  return samples;
-}
-
 class HostileFiles : public testing::TestWithParam<Target> {
  protected:
   HostileFiles() { std::signal(SIGABRT, TellWhatRan); }
   ~HostileFiles() override { std::signal(SIGABRT, SIG_DFL); }
 
-  bool IsFile() const { return GetParam().mutate == MutateFile; }
+  bool IsFile() const { return GetParam().wholeFiles; }
   std::vector<Seed> Kept() const { return ReadKept(std::filesystem::path(KEPT_INPUTS) / GetParam().name); }
 
   void Run(const std::string& what, Input input) {
@@ -79,7 +63,7 @@ TEST_P(HostileFiles, DoNoHarmAnyMore) {
 TEST_P(HostileFiles, DoNoHarmUndamaged) {
   for (const Seed& seed : GetParam().seeds()) Run("seed " + seed.name, seed.bytes);
   if (!IsFile()) return;
-  for (const Seed& sample : Samples()) Run("sample " + sample.name, sample.bytes);
+  for (const Seed& sample : ReadSamples(KESTRELON_SAMPLES)) Run("sample " + sample.name, sample.bytes);
 }
 
 TEST_P(HostileFiles, DoNoHarmDamaged) {
