@@ -19,8 +19,11 @@ namespace {
 
 std::wstring WorkingDatabase(const Program& program) { return program.dataFolder + program.workingDatabase; }
 
-bool HoldsText(const jet::Column& column) {
-  return column.type == jet::ColumnType::kText || column.type == jet::ColumnType::kMemo;
+// Texts can be written into the column and read back. The time of an item was kept as a date in collections
+// made elsewhere: a date is read from the text, and comes back as one.
+bool TakesTexts(const jet::Column& column) {
+  return column.type == jet::ColumnType::kText || column.type == jet::ColumnType::kMemo ||
+         (column.type == jet::ColumnType::kDate && column.name == u"InsertTime");
 }
 
 // Finds our columns in a table. Throws unless the program's statements mean the same by them as in a table of
@@ -38,7 +41,7 @@ std::vector<std::size_t> FindColumns(const jet::NewTable& wanted, const jet::Tab
                        u"The table '" + wanted.name + u"' has no column '" + column.name + u"'.");
     }
     const jet::Column& there = table.Columns()[*found];
-    if (column.autoNumber ? !there.autoNumber : !HoldsText(there)) {
+    if (column.autoNumber ? !there.autoNumber : !TakesTexts(there)) {
       throw jet::Error(jet::code::kTypeMismatch,
                        u"The column '" + column.name + u"'" + of +
                            (column.autoNumber ? u" does not number its rows." : u" does not hold text."));

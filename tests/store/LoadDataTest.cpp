@@ -314,9 +314,25 @@ TEST_F(LoadForeignDataTest, RefusesABackupInAnotherOrder) {
 
 TEST_F(LoadForeignDataTest, RefusesAColumnThatHoldsNoText) {
   std::vector<jet::NewTable> tables = Schema();
-  tables[0].columns[5] = ColumnOf(u"InsertTime", jet::ColumnType::kDate);
+  tables[0].columns[2] = ColumnOf(u"DefineName", jet::ColumnType::kDate);
   MakeDatabase(Data(L"Data1.dat"), {}, tables);
-  ExpectRefusedWith(L"The column 'InsertTime' of the table 'FTable' does not hold text.");
+  ExpectRefusedWith(L"The column 'DefineName' of the table 'FTable' does not hold text.");
+}
+
+TEST_F(LoadForeignDataTest, TakesATimeThatIsKeptAsADate) {
+  std::vector<jet::NewTable> tables = Schema();
+  for (const std::size_t table : {0, 1})
+    tables[table].columns[5] = ColumnOf(u"InsertTime", jet::ColumnType::kDate);
+  MakeDatabase(Data(L"Data1.dat"), {InsertItem(L"A", L"1#A", L"old"), InsertCategory(L"0_", L"A", L"top")},
+               tables);
+
+  LoadData(parts, L"Data1.dat");
+  Execute(InsertItem(L"A", L"2#A", L"new"));
+
+  EXPECT_TRUE(world.boxes.empty());
+  EXPECT_THAT(RowsOf(Working(), L"SELECT * FROM FTable", {u"DefineName", u"InsertTime"}),
+              ElementsAre(L"old|2026-01-01 01:00:00", L"new|2026-01-01 01:00:00"));
+  ExpectWorkingDatabaseSound();
 }
 
 TEST_F(LoadForeignDataTest, RefusesCategoriesThatAreNotNumbered) {
