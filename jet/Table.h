@@ -98,7 +98,7 @@ class Table {
   virtual void DeleteAll() = 0;
   // Throws code::kGeneric when no row can be added, changed or removed, whatever is in it: an index of the
   // file holds a text without a key or sorts in an order that we do not know, or the table is part of a
-  // relationship. The four members above do so too.
+  // relationship or of a replica. The four members above do so too.
   virtual void CheckChangeable() = 0;
   // The last number given out by the autonumber column.
   virtual std::int32_t LastAutoNumber() const = 0;

@@ -38,6 +38,11 @@ namespace {
       u"The table '" + table + u"' is part of a relationship that cannot be enforced, so it is read-only.");
 }
 
+// Each row of a replica carries a generation and a history, from which other replicas learn what changed.
+[[noreturn]] void ThrowReplicated(const std::u16string& table) {
+  throw Error(code::kGeneric, u"The table '" + table + u"' belongs to a replica, so it is read-only.");
+}
+
 bool IsInteger(const StoredColumn& column) {
   return column.Is(ColumnType::kLong) || column.Is(ColumnType::kInteger) || column.Is(ColumnType::kByte);
 }
@@ -82,6 +87,9 @@ void TableIndexes::Prepare() {
   if (prepared_) return;
   for (const LogicalIndex& index : table_->def.logicalIndexes) {
     if (index.kind == LogicalIndex::kForeign) ThrowRelated(table_->name);
+  }
+  for (const StoredColumn& column : table_->stored) {
+    if (column.name == u"s_Generation") ThrowReplicated(table_->name);
   }
   keys_.clear();
   for (const RealIndex& index : table_->def.indexes) {

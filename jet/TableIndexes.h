@@ -28,8 +28,8 @@ class TableIndexes {
   // Throws unless all indexes can be kept right with the rows that there are.
   void CheckAll() { Prepare(); }
   // Throws unless all indexes can be kept right and bear this row: kGeneric for a duplicate or missing key, a
-  // text without a key, an index of an order that we do not know, a relationship. `before` gives the row that
-  // it replaces, if any. Changes nothing.
+  // text without a key, an index of an order that we do not know, a relationship, a replica. `before` gives
+  // the row that it replaces, if any. Changes nothing.
   void Check(const ValueOf& after, const ValueOf* before);
   // Takes over what the last Check() was asked about.
   void Accept(const ValueOf& after);

@@ -139,5 +139,15 @@ TEST_F(TableIndexesTest, OfARelationshipMakeTheirTableReadOnly) {
   EXPECT_FALSE(database_->Dirty());
 }
 
+TEST(TableIndexes, OfAReplicaMakeTheirTableReadOnly) {
+  const ByteVector bytes = CreateInMemory(
+      {{u"T", {{u"n", ColumnType::kLong, 0, true}, {u"s_Generation", ColumnType::kLong}}, u"n"}});
+  const auto database = OpenInMemory(bytes);
+  Table& table = database->OpenTable(u"T");
+  EXPECT_THROW(table.CheckChangeable(), Error);
+  EXPECT_EQ(ErrorNumberOf([&] { table.Insert(Row(2)); }), code::kGeneric);
+  EXPECT_FALSE(database->Dirty());
+}
+
 }  // namespace
 }  // namespace kestrelon::jet
