@@ -28,7 +28,7 @@ namespace kestrelon::test {
 class FileCalls {
  public:
   enum class Mode {
-    kCount,         // nothing fails
+    kCount,         // nothing fails; only the waiting is left out
     kStop,          // as if the program had been killed: neither the call nor any later one changes anything
     kStopHalf,      // the same, but half of what the call writes is written
     kDiskFull,      // the call fails

@@ -22,7 +22,6 @@ using sqltest::ConnectionStringOf;
 using sqltest::Decimal;
 using sqltest::ScopedTestDir;
 using testing::AnyOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -255,7 +254,8 @@ class FailingFiles : public testing::TestWithParam<std::tuple<Failure, bool>> {
 
 TEST_P(FailingFiles, LeaveAConnectionUsableAndItsFileWholeOrRefused) {
   UntilNothingFails([&] {
-    std::filesystem::copy_file(base, path, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(path);
+    std::filesystem::copy_file(base, path);
     Connection connection(disk.Opener());
     connection.SetConnectionString(ConnectionStringOf(path));
     std::size_t opened = 0, done = 0;  // statements before this opening, statements that took place

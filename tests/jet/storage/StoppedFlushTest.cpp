@@ -275,7 +275,7 @@ TEST(StoppedFlush, OfOneOfManyImportsLeavesTheOneBeforeItOrItselfOrARefusal) {
         [import](Database& database) { InsertRows(database.OpenTable(u"FTable"), 800 * import, 800); });
   }
   EXPECT_GT(stops.Pages(), 512u);  // the map of free pages had to grow on the way
-  const Outcomes outcomes = stops.Try(6);
+  const Outcomes outcomes = stops.Try(8);
   EXPECT_GT(outcomes.old, 0);
   EXPECT_GT(outcomes.fresh, 0);
   EXPECT_GT(outcomes.refused, 0);
