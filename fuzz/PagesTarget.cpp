@@ -91,7 +91,9 @@ void UsePages(Pager& pager) {
       if (page < 2) throw Finding("a page of the engine's own is handed out");
       if (pager.IsFree(page)) throw Finding("a page is handed out and stays free");
     }
-    pager.Free(pager.Allocate());
+    const std::uint32_t given = pager.Allocate();
+    pager.Free(given);
+    if (Try([&] { pager.Free(given); })) throw Finding("a page is given back twice");
     for (std::uint32_t page = 2; page < pager.PageCount(); page += 5) {
       if (!pager.IsFree(page)) pager.Free(page);
     }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -71,6 +72,7 @@ class Rows {
     std::vector<RowId> rows;
     Try([&] {
       for (Cursor cursor(*table_); cursor.Next();) {
+        if (!rows.empty() && rows.back() >= cursor.Row()) throw Finding("two rows have one address");
         rows.push_back(cursor.Row());
         for (std::size_t column = 0; column < table_->columns.size(); ++column)
           Try([&] { ReadColumn(cursor, column); });
@@ -94,7 +96,26 @@ class Rows {
       throw Finding("a text is read in two ways");
   }
 
+  // Pages lie one behind the other in memory, so that a sanitizer would not notice.
+  static void ExpectWithin(Input whole, Input part, const char* what) {
+    const std::less_equal<> notAfter;
+    if (!part.empty() &&
+        !(notAfter(whole.data(), part.data()) &&
+          notAfter(part.data() + part.size(), whole.data() + whole.size()) && part.size() <= whole.size()))
+      throw Finding(what);
+  }
+
+  void ExpectLength(std::size_t position, const RowView& row, Input field) {
+    if (!long_value::Outside(field)) return;
+    std::vector<std::uint8_t> buffer;
+    const auto stored = StoredField(*table_, row, position, buffer);
+    if (stored->size() != (Get32(field.data()) & long_value::kLengthBits))
+      throw Finding("a long value has another length than its reference says");
+  }
+
   void Rebuild(const RowPlace& place) {
+    ExpectWithin({pager_.Read(place.page), kPageSize}, {place.bytes, place.size},
+                 "a row lies outside its page");
     const RowView row(place.bytes, place.size, table_->HasVariableColumns(), place.page);
     const std::size_t columns = table_->stored.size();
     std::vector<Field> raw(columns), decoded(columns);
@@ -103,6 +124,8 @@ class Rows {
       const StoredColumn& column = table_->stored[position];
       raw[position].present = row.Has(column.number);
       if (raw[position].present && !column.Is(ColumnType::kBoolean)) raw[position].raw = row.Field(column);
+      ExpectWithin(row.Bytes(), raw[position].raw, "a field lies outside its row");
+      if (column.LongValue()) ExpectLength(position, row, raw[position].raw);
       ReadField(*table_, row, position, values[position]);
       decoded[position].value = &values[position];
       if (column.LongValue() && raw[position].present)

@@ -69,7 +69,7 @@ TEST_P(HostileFiles, DoNoHarmUndamaged) {
 TEST_P(HostileFiles, DoNoHarmDamaged) {
   std::vector<Seed> from = GetParam().seeds();
   for (Seed& kept : Kept()) from.push_back(std::move(kept));
-  const std::size_t mutations = IsFile() ? 400 : 2000;
+  const std::size_t mutations = IsFile() ? 600 : 2500;
   InputBytes room;
   for (std::uint32_t number = 0; number < mutations; ++number) {
     // Damage is added to damage a few times before it begins anew.
