@@ -414,7 +414,6 @@ void JetEngine::CompactDatabase(std::u16string_view sourceConnection,
   std::unique_ptr<File> packed = opener_(destination, OpenMode::kCreate);
   try {
     database->CompactInto(*packed);
-    packed->Flush();
   } catch (...) {
     packed.reset();
     std::filesystem::remove(destination, ignored);

@@ -19,7 +19,7 @@
 namespace kestrelon::jet {
 namespace {
 
-constexpr std::uint32_t kRowsPerRelease = 4096;  // how often the old file's pages are let go
+constexpr std::uint32_t kMostPagesHeld = 128;  // of either file: 512 KiB
 
 using IdMap = std::map<std::uint32_t, std::uint32_t>;  // old definition page -> new
 
@@ -52,13 +52,44 @@ TableDef CopyDefinition(const TableInternal& source) {
   return def;
 }
 
+// What to reserve for; a damaged count must not cost memory.
+std::uint32_t LikelyRows(const TableInternal& table) {
+  return table.def.rowCount <= 1u << 20 ? table.def.rowCount : 0;
+}
+
+// An index of a table being copied: its entries are collected as the rows are laid down, unless a row has a
+// key that we cannot make; then all keys are taken from the old tree.
+struct IndexCopy {
+  IndexCopy(const TableInternal& table, const RealIndex& index) : old(&index) {
+    for (const KeyColumn& column : index.columns) {
+      const auto position = table.PositionOf(column.number);
+      if (!position) ThrowCorrupt("an index names a column that is not there", table.def.page);
+      positions.push_back(*position);
+      keysKnown = keysKnown && KnowsKeysOf(table.stored[*position]);
+      mayLackKeys = mayLackKeys || !keysKnown || table.stored[*position].Text();
+    }
+    number = positions.size() == 1 && table.stored[positions.front()].Is(ColumnType::kLong);
+    if (keysKnown) entries.Reserve(LikelyRows(table), 5 * positions.size());
+  }
+
+  const RealIndex* old;
+  std::vector<std::size_t> positions;  // of its columns
+  bool number = false;                 // of one kLong column
+  bool keysKnown = true;
+  bool mayLackKeys = false;
+  IndexEntries entries;
+};
+
 class TableCopy {
  public:
-  TableCopy(Pager& sourcePager, const TableInternal& source, TableImpl& target, const IdMap& ids)
-      : sourcePager_(sourcePager),
-        source_(source),
+  // `spillFrom`: the first page of the copy that may be written ahead.
+  TableCopy(const TableInternal& source, TableImpl& target, const IdMap& ids, File& destination,
+            std::uint32_t spillFrom)
+      : source_(source),
         target_(target),
         ids_(ids),
+        destination_(destination),
+        spillFrom_(spillFrom),
         encoder_(target.Internal().def, target.Internal().stored),
         fields_(source.stored.size()) {
     // A row may be copied as it is where every column keeps its place.
@@ -71,29 +102,34 @@ class TableCopy {
                     (before.Fixed() || before.variableIndex == after.variableIndex);
     }
     FindIdColumn();
+    for (const RealIndex& index : source.def.indexes) indexes_.emplace_back(source, index);
+    keepsPlaces_ = std::any_of(indexes_.begin(), indexes_.end(),
+                               [](const IndexCopy& index) { return index.mayLackKeys; });
   }
 
   void Run() {
-    source_.CheckSize();
-    std::uint32_t count = 0;
     if (const RealIndex* primary = PrimaryKey()) {
-      for (const RowId row : RowsInOrderOf(*primary)) {
-        Copy(row, FindRow(source_, row));
-        if (++count % kRowsPerRelease == 0) sourcePager_.ReleaseClean();
+      const std::vector<RowId> order = RowsInOrderOf(*primary);
+      if (std::is_sorted(order.begin(), order.end())) {
+        CopyInPlace(&order);
+      } else {
+        CheckRows(order);
+        CopyRows(order, false);
       }
     } else {
-      for (const std::uint32_t page : source_.rows.Pages()) {
-        for (std::size_t slot = 0; slot < data_page::SlotCount(source_.rows.Read(page)); ++slot) {
-          if ((data_page::Slot(source_.rows.Read(page), slot) & kSlotHidden) != 0) continue;
-          const RowId row = MakeRowId(page, slot);
-          Copy(row, FindRow(source_, row));
-          if (++count % kRowsPerRelease == 0) sourcePager_.ReleaseClean();
-        }
-      }
+      CopyInPlace(nullptr);
     }
-    target_.SetCounts(count, static_cast<std::uint32_t>(highestNumber_));
-    for (std::size_t index = 0; index < source_.def.indexes.size(); ++index) CopyIndex(index);
-    sourcePager_.ReleaseClean();
+    target_.SetCounts(count_, static_cast<std::uint32_t>(highestNumber_));
+    for (std::size_t index = 0; index < indexes_.size(); ++index) {
+      IndexEntries entries = indexes_[index].keysKnown ? std::move(indexes_[index].entries)
+                                                       : EntriesOfOldTree(*indexes_[index].old);
+      entries.Sort();
+      RealIndex& built = target_.Internal().def.indexes[index];
+      if (built.Unique()) RefuseRepeatedKeys(built, entries);
+      BuildIndex(*target_.Internal().pager, target_.Internal().def.page, built, entries);
+      LetGo(true);
+    }
+    source_.pager->ReleaseClean();
   }
 
  private:
@@ -120,47 +156,117 @@ class TableCopy {
   }
 
   std::vector<RowId> RowsInOrderOf(const RealIndex& index) const {
-    std::vector<RowId> rows, live;
+    std::vector<RowId> rows;
+    rows.reserve(LikelyRows(source_));
     IndexWalk walk;
     walk.entry = [&rows](std::span<const std::uint8_t>, RowId row) { rows.push_back(row); };
     WalkIndex(*source_.pager, source_.def.page, index, walk);
-    for (Cursor cursor(source_); cursor.Next();) live.push_back(cursor.Row());
-    std::vector<RowId> sorted = rows;
-    std::sort(sorted.begin(), sorted.end());
-    std::sort(live.begin(), live.end());
-    if (sorted != live) ThrowCorrupt("the primary key does not fit the rows", source_.def.page);
     return rows;
   }
 
-  void Copy(RowId old, const RowPlace& place) {
+  // In any order.
+  void CheckRows(std::vector<RowId> rows) const {
+    std::vector<RowId> live;
+    for (Cursor cursor(source_); cursor.Next();) live.push_back(cursor.Row());
+    std::sort(rows.begin(), rows.end());
+    std::sort(live.begin(), live.end());
+    if (rows != live) ThrowMisfit();
+  }
+
+  [[noreturn]] void ThrowMisfit() const {
+    ThrowCorrupt("the primary key does not fit the rows", source_.def.page);
+  }
+
+  // Page by page, so that no more than a few are held. `order`: the rows that must be met; null for any.
+  void CopyInPlace(const std::vector<RowId>* order) {
+    std::vector<RowId> rows;
+    for (const std::uint32_t page : source_.rows.Pages()) {
+      rows.clear();
+      const std::uint8_t* bytes = source_.rows.Read(page);
+      for (std::size_t slot = 0; slot < data_page::SlotCount(bytes); ++slot) {
+        if ((data_page::Slot(bytes, slot) & kSlotHidden) != 0) continue;
+        if (slot >= kMostSlots) ThrowCorrupt("too many rows on a page", page);
+        rows.push_back(MakeRowId(page, slot));
+      }
+      if (order != nullptr && (rows.size() > order->size() - count_ ||
+                               !std::equal(rows.begin(), rows.end(), order->begin() + count_))) {
+        ThrowMisfit();
+      }
+      if (!CopyPage(page)) CopyRows(rows, true);
+      LetGo(true);
+    }
+    if (order != nullptr && count_ != order->size()) ThrowMisfit();
+  }
+
+  // `inPlace`: the rows follow one another in the source, whose pages need not be kept.
+  void CopyRows(const std::vector<RowId>& rows, bool inPlace) {
+    for (const RowId row : rows) {
+      CopyRow(row);
+      LetGo(inPlace);
+    }
+  }
+
+  void LetGo(bool ofSource) {
+    if (ofSource && source_.pager->PagesTaken() >= kMostPagesHeld) source_.pager->ReleaseClean();
+    Pager& pager = *target_.Internal().pager;
+    if (pager.PagesTaken() >= kMostPagesHeld) pager.Spill(destination_, spillFrom_);
+  }
+
+  bool CopiesAsItIs(const RowView& row) const {
+    return samePlaces_ && row.ColumnCount() == source_.def.maxColumns &&
+           row.VariableCount() == source_.def.variableColumns && row.Bytes().size() <= kMostRowBytes;
+  }
+
+  // Copies the rows of a page at one stroke; false when the page would look another way if they were copied
+  // one by one: when rows have gone from it or grown out of it, or when there is room for them before a new
+  // page is begun.
+  bool CopyPage(std::uint32_t page) {
+    const std::uint8_t* from = source_.rows.Read(page);
+    const std::size_t slots = data_page::SlotCount(from);
+    if (slots == 0 || slots > kMostSlots || idColumn_) return false;
+    views_.clear();
+    for (std::size_t slot = 0; slot < slots; ++slot) {
+      const std::size_t start = data_page::Start(from, slot);
+      if ((data_page::Slot(from, slot) & kSlotDeleted) != 0) return false;
+      views_.emplace_back(from + start, data_page::End(from, slot) - start, source_.HasVariableColumns(),
+                          page);
+      if (!CopiesAsItIs(views_.back())) return false;
+    }
+    PageSet& rows = target_.Internal().rows;
+    const std::uint32_t copy = rows.PageWithRoom(views_.front().Bytes().size());
+    std::uint8_t* to = rows.Write(copy);
+    if (data_page::SlotCount(to) != 0) return false;
+    data_page::CopyRows(to, from);
+    for (std::size_t slot = 0; slot < slots; ++slot) {
+      const RowView& row = views_[slot];
+      MoveLongValues(row, {to + data_page::Start(to, slot), row.Bytes().size()});
+      NoteRow(MakeRowId(page, slot), MakeRowId(copy, slot), source_, row);
+    }
+    return true;
+  }
+
+  void CopyRow(RowId old) {
+    const RowPlace place = FindRow(source_, old);
+    if (place.Moved()) CountSharable(place.size);
     const RowView row(place.bytes, place.size, source_.HasVariableColumns(), place.page);
-    if (samePlaces_ && row.ColumnCount() == source_.def.maxColumns &&
-        row.VariableCount() == source_.def.variableColumns && place.size <= kMostRowBytes) {
+    TableInternal& target = target_.Internal();
+    if (CopiesAsItIs(row)) {
       std::memcpy(row_.bytes.data(), place.bytes, place.size);
       row_.size = place.size;
       row_.pendingCount = 0;
     } else {
       Encode(row);
     }
-    TableInternal& target = target_.Internal();
-    for (const std::size_t position : longValues_) {
-      const StoredColumn& column = source_.stored[position];
-      if (!row.Has(column.number)) continue;
-      const auto field = row.Field(column);
-      if (!long_value::Outside(field)) continue;
-      const auto stored = long_value::Read(*source_.pager, source_.LongValuesOf(position), field, buffer_);
-      std::uint8_t* reference = FieldInCopy(position, long_value::kReference);
-      long_value::Write(*target.pager, target.LongValuesOf(position), stored, reference);
-    }
+    MoveLongValues(row, {row_.bytes.data(), row_.size});
     for (std::size_t i = 0; i < row_.pendingCount; ++i) {
       const PendingLongValue& pending = row_.pending[i];
       long_value::Write(*target.pager, target.LongValuesOf(pending.column), pending.stored,
                         row_.bytes.data() + pending.reference);
     }
-    PatchId(row);
-    NoteAutoNumber(row);
-    const RowId now = target_.AppendRaw({row_.bytes.data(), row_.size});
-    if (!source_.def.indexes.empty()) moved_.emplace_back(old, now);
+    if (idColumn_) PatchId(row);
+    const std::span<const std::uint8_t> bytes(row_.bytes.data(), row_.size);
+    const RowId now = target_.AppendRaw(bytes);
+    NoteRow(old, now, target, RowView(bytes.data(), bytes.size(), target.HasVariableColumns(), 0));
   }
 
   void Encode(const RowView& row) {
@@ -174,13 +280,34 @@ class TableCopy {
     encoder_.Encode(fields_, row_);
   }
 
-  // Where a column's bytes stand in the row being built.
-  std::uint8_t* FieldInCopy(std::size_t position, std::size_t size) {
+  // Copies the values that lie outside the row, and lets its copy refer to the copies.
+  void MoveLongValues(const RowView& row, std::span<std::uint8_t> copy) {
+    TableInternal& target = target_.Internal();
+    for (const std::size_t position : longValues_) {
+      const StoredColumn& column = source_.stored[position];
+      if (!row.Has(column.number)) continue;
+      const auto field = row.Field(column);
+      if (!long_value::Outside(field)) continue;
+      const auto stored = long_value::Read(*source_.pager, source_.LongValuesOf(position), field, buffer_);
+      CountSharable(stored.size());
+      long_value::Write(*target.pager, target.LongValuesOf(position), stored,
+                        FieldInCopy(copy, position, long_value::kReference));
+    }
+  }
+
+  // What TableInternal::CheckSize() looks for before rows are read is met here as they pass by.
+  void CountSharable(std::size_t bytes) {
+    sharableBytes_ += bytes;
+    if (sharableBytes_ > source_.MostSharableBytes()) source_.ThrowOversize();
+  }
+
+  // Where a column's bytes stand in the copy of a row.
+  std::uint8_t* FieldInCopy(std::span<std::uint8_t> copy, std::size_t position, std::size_t size) const {
     const TableInternal& target = target_.Internal();
-    const RowView copy(row_.bytes.data(), row_.size, target.HasVariableColumns(), 0);
-    const auto field = copy.Field(target.stored[position]);
+    const RowView row(copy.data(), copy.size(), target.HasVariableColumns(), 0);
+    const auto field = row.Field(target.stored[position]);
     if (field.size() < size) ThrowCorrupt("a value is cut off", source_.def.page);
-    return row_.bytes.data() + copy.OffsetOf(field);
+    return copy.data() + row.OffsetOf(field);
   }
 
   std::int32_t NumberIn(const RowView& row, std::size_t position) const {
@@ -191,27 +318,15 @@ class TableCopy {
   }
 
   void PatchId(const RowView& row) {
-    if (!idColumn_ || !row.Has(source_.stored[*idColumn_].number)) return;
+    if (!row.Has(source_.stored[*idColumn_].number)) return;
     if (typeColumn_ && NumberIn(row, *typeColumn_) != CatalogObject::kTable) return;
     const std::uint32_t id = Mapped(ids_, static_cast<std::uint32_t>(NumberIn(row, *idColumn_)));
-    Put32(FieldInCopy(*idColumn_, 4), id);
-  }
-
-  void NoteAutoNumber(const RowView& row) {
-    if (autoNumber_) highestNumber_ = std::max(highestNumber_, NumberIn(row, *autoNumber_));
-  }
-
-  void CopyIndex(std::size_t number) {
-    TableInternal& target = target_.Internal();
-    RealIndex& index = target.def.indexes[number];
-    IndexEntries entries = KeysAreKnown(index) ? CollectEntries(target, index) : EntriesOfOldTree(number);
-    entries.Sort();
-    if (index.Unique()) RefuseRepeatedKeys(index, entries);
-    BuildIndex(*target.pager, target.def.page, index, entries);
+    Put32(FieldInCopy({row_.bytes.data(), row_.size}, *idColumn_, 4), id);
   }
 
   // Keys of nothing but NULL may repeat.
   void RefuseRepeatedKeys(const RealIndex& index, const IndexEntries& entries) const {
+    if (entries.Distinct() == entries.size()) return;
     std::string nulls;
     for (const KeyColumn& column : index.columns) nulls.push_back(column.ascending ? '\x00' : '\xFF');
     const auto keyOf = [&entries](std::size_t i) {
@@ -224,30 +339,45 @@ class TableCopy {
     }
   }
 
-  bool KeysAreKnown(const RealIndex& index) const {
-    const TableInternal& target = target_.Internal();
-    std::vector<std::size_t> texts;
-    for (const KeyColumn& column : index.columns) {
-      const auto position = target.PositionOf(column.number);
-      if (!position || !KnowsKeysOf(target.stored[*position])) return false;
-      if (target.stored[*position].Text()) texts.push_back(*position);
+  // A row has its copy; `table` and `row`: either of the two, as the copy reads.
+  void NoteRow(RowId old, RowId now, const TableInternal& table, const RowView& row) {
+    ++count_;
+    if (keepsPlaces_) moved_.emplace_back(old, now);
+    if (autoNumber_ && row.Has(table.stored[*autoNumber_].number)) {
+      const auto number = row.Field(table.stored[*autoNumber_]);
+      if (number.size() >= 4)
+        highestNumber_ = std::max(highestNumber_, static_cast<std::int32_t>(Get32(number.data())));
     }
-    if (texts.empty()) return true;
-    std::string key;
-    Value value;
-    for (Cursor cursor(target); cursor.Next();) {
-      for (const std::size_t position : texts) {
-        key.clear();
-        cursor.Read(position, value);
-        if (!AppendKey(target.stored[position], value, true, key)) return false;
+    for (IndexCopy& index : indexes_) {
+      if (index.keysKnown) AddEntry(index, now, table, row);
+    }
+  }
+
+  void AddEntry(IndexCopy& index, RowId now, const TableInternal& table, const RowView& row) {
+    if (index.number && row.Has(table.stored[index.positions.front()].number)) {
+      const auto number = row.Field(table.stored[index.positions.front()]);
+      if (number.size() < 4) ThrowCorrupt("a value is cut off", source_.def.page);
+      index.entries.Add(
+          LongKey(static_cast<std::int32_t>(Get32(number.data())), index.old->columns[0].ascending), now);
+      return;
+    }
+    key_.clear();
+    bool allNull = true;
+    for (std::size_t i = 0; i < index.positions.size(); ++i) {
+      const std::size_t position = index.positions[i];
+      ReadField(table, row, position, value_);
+      allNull = allNull && IsNull(value_);
+      if (!AppendKey(table.stored[position], value_, index.old->columns[i].ascending, key_)) {
+        index.keysKnown = false;
+        index.entries = IndexEntries();
+        return;
       }
     }
-    return true;
+    if (!allNull || !index.old->IgnoresNulls()) index.entries.Add(key_, now);
   }
 
   // Takes the keys from the old index: exact, whatever its sort order is.
-  IndexEntries EntriesOfOldTree(std::size_t number) {
-    const RealIndex& old = source_.def.indexes[number];
+  IndexEntries EntriesOfOldTree(const RealIndex& old) {
     std::sort(moved_.begin(), moved_.end());
     IndexEntries entries;
     IndexWalk walk;
@@ -264,19 +394,27 @@ class TableCopy {
     return entries;
   }
 
-  Pager& sourcePager_;
   const TableInternal& source_;
   TableImpl& target_;
   const IdMap& ids_;
+  File& destination_;
+  std::uint32_t spillFrom_;
   RowEncoder encoder_;
   bool samePlaces_ = false;
   std::vector<std::size_t> longValues_;  // positions
   std::optional<std::size_t> autoNumber_, idColumn_, typeColumn_;
   std::int32_t highestNumber_ = 0;
+  std::uint32_t count_ = 0;
+  std::uint64_t sharableBytes_ = 0;
+  std::vector<IndexCopy> indexes_;  // as in the definition
+  bool keepsPlaces_ = false;
   std::vector<std::pair<RowId, RowId>> moved_;  // old place, new place
-  EncodedRow row_;
+  EncodedRow row_;                              // scratch, like all that follows
+  std::vector<RowView> views_;
   std::vector<Field> fields_;
   std::vector<std::uint8_t> buffer_;
+  Value value_;
+  std::string key_;
 };
 
 // Tables that only a replica has; its rows carry identities that a copy may not share.
@@ -326,11 +464,13 @@ void DatabaseImpl::CompactInto(File& destination) {
     });
     if (clash) throw Error(code::kGeneric, u"The object '" + object.name + u"' cannot be carried over.");
   }
+  const std::uint32_t firstRows =
+      target.Pages().PageCount();  // definitions and maps are written again and again
   for (const auto& [source, copy] : tables) {
     for (LogicalIndex& index : copy->Internal().def.logicalIndexes) {
       if (index.kind == LogicalIndex::kForeign) index.otherTable = Mapped(ids, index.otherTable);
     }
-    TableCopy(pager_, source->Internal(), *copy, ids).Run();
+    TableCopy(source->Internal(), *copy, ids, destination, firstRows).Run();
     WriteTableDef(target.Pages(), copy->Internal().def);
   }
   target.Pages().WriteAll(destination);

@@ -59,6 +59,14 @@ void Resize(std::uint8_t* page, std::size_t slot, std::size_t size, std::uint16_
   PutFreeBytes(page);
 }
 
+void CopyRows(std::uint8_t* page, const std::uint8_t* from) {
+  const std::size_t slots = SlotCount(from), lowest = End(from, slots);
+  std::memcpy(page + kDataHeader, from + kDataHeader, 2 * slots);
+  std::memcpy(page + lowest, from + lowest, kPageSize - lowest);
+  Put16(page + 12, slots);
+  PutFreeBytes(page);
+}
+
 bool Empty(const std::uint8_t* page) {
   const std::size_t slots = SlotCount(page);
   for (std::size_t slot = 0; slot < slots; ++slot) {

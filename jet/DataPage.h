@@ -62,6 +62,8 @@ std::size_t Append(std::uint8_t* page, std::size_t size, std::uint16_t flags);
 // beyond the shorter of the two sizes. There must be room for growth.
 void Resize(std::uint8_t* page, std::size_t slot, std::size_t size, std::uint16_t flags);
 inline void Delete(std::uint8_t* page, std::size_t slot) { Resize(page, slot, 0, kSlotDeleted); }
+// Makes the rows of another sound page those of an empty page, slot by slot.
+void CopyRows(std::uint8_t* page, const std::uint8_t* from);
 // No slot is in use.
 bool Empty(const std::uint8_t* page);
 

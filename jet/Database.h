@@ -64,7 +64,7 @@ class Database {
   virtual std::unique_ptr<File> DetachFile() = 0;
   virtual void AttachFile(std::unique_ptr<File> file) = 0;
 
-  // Writes a packed copy into an empty file.
+  // Writes a packed copy into an empty file and flushes it.
   virtual void CompactInto(File& destination) = 0;
 
   // The integrity walk: every page owned exactly once, maps, free-space fields, row counts, rows decodable,

@@ -1,6 +1,7 @@
 #include "jet/Index.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <set>
 
@@ -32,32 +33,51 @@ constexpr std::size_t kChild = 4;
 static_assert(2 * (kLongestEntry + kChild) <= kRoom);
 constexpr int kDeepest = 16;  // a sound tree of 2 GiB has six levels at the worst
 
+// How many first bytes two entries share; `most` at the most, which must not exceed the size of either.
 std::size_t CommonPrefix(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b, std::size_t most) {
   std::size_t n = 0;
+  for (const std::size_t both = std::min(a.size(), b.size()); n < most && n + 8 <= both; n += 8) {
+    const std::uint64_t difference = Get64(a.data() + n) ^ Get64(b.data() + n);
+    if (difference != 0)
+      return std::min(most, n + static_cast<std::size_t>(std::countr_zero(difference)) / 8);
+  }
+  if (n >= most) return most;
   while (n < most && a[n] == b[n]) ++n;
   return n;
 }
 
-// The pages of one level being filled from left to right.
+bool Less(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
+  const std::size_t most = std::min(a.size(), b.size()), n = CommonPrefix(a, b, most);
+  return n < most ? a[n] < b[n] : a.size() < b.size();
+}
+
+// The items of one level of a tree. Of the leaves they are the entries, of the nodes the pages of the level
+// below, each with its last entry.
 class Level {
  public:
-  Level(const IndexEntries& entries, bool leaves) : entries_(entries), leaves_(leaves) {}
+  explicit Level(const IndexEntries& entries) : entries_(&entries), size_(entries.size()) {}
+  Level(const IndexEntries& entries, std::vector<std::size_t> last, std::vector<std::uint32_t> children)
+      : entries_(&entries), size_(last.size()), last_(std::move(last)), children_(std::move(children)) {}
 
-  // One page: entries [first, last] of the level, and how many bytes of each are shared.
+  bool Leaves() const { return children_.empty(); }
+  // The number of an item's last entry.
+  std::size_t LastOf(std::size_t item) const { return Leaves() ? item : last_[item]; }
+
+  // One page: items [first, last], and how many bytes of each are shared.
   struct Page {
     std::size_t first, last, prefix;
   };
 
-  // `lastEntries[i]` is the index (in the sorted entries) of the i-th item's last entry.
-  std::vector<Page> Split(const std::vector<std::size_t>& items) const {
-    const std::size_t extra = leaves_ ? 0 : kChild;
+  // The pages that take the items, filled from left to right.
+  std::vector<Page> Split() const {
+    const std::size_t extra = Leaves() ? 0 : kChild;
     std::vector<Page> pages;
     std::size_t bytes = 0;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      const auto entry = entries_[items[i]];
+    for (std::size_t i = 0; i < size_; ++i) {
+      const auto entry = (*entries_)[LastOf(i)];
       if (!pages.empty()) {
         Page& page = pages.back();
-        const auto first = entries_[items[page.first]];
+        const auto first = (*entries_)[LastOf(page.first)];
         const std::size_t most = std::min({first.size() - kRowPointer, entry.size() - kRowPointer,
                                            page.first == page.last ? kRoom : page.prefix});
         const std::size_t prefix = CommonPrefix(first, entry, most);
@@ -76,28 +96,29 @@ class Level {
     return pages;
   }
 
- private:
-  const IndexEntries& entries_;
-  bool leaves_;
-};
-
-void FillPage(std::uint8_t* page, const IndexEntries& entries, const std::vector<std::size_t>& items,
-              const Level::Page& range, const std::vector<std::uint32_t>* children) {
-  std::size_t end = 0;
-  for (std::size_t i = range.first; i <= range.last; ++i) {
-    const auto entry = entries[items[i]];
-    const std::size_t skipped = i == range.first ? 0 : range.prefix;
-    std::memcpy(page + kEntries + end, entry.data() + skipped, entry.size() - skipped);
-    end += entry.size() - skipped;
-    if (children != nullptr) {
-      PutBig32(page + kEntries + end, (*children)[i]);
-      end += kChild;
+  void Fill(std::uint8_t* page, const Page& range) const {
+    std::size_t end = 0;
+    for (std::size_t i = range.first; i <= range.last; ++i) {
+      const auto entry = (*entries_)[LastOf(i)];
+      const std::size_t skipped = i == range.first ? 0 : range.prefix;
+      std::memcpy(page + kEntries + end, entry.data() + skipped, entry.size() - skipped);
+      end += entry.size() - skipped;
+      if (!Leaves()) {
+        PutBig32(page + kEntries + end, children_[i]);
+        end += kChild;
+      }
+      page[kMask + end / 8] = static_cast<std::uint8_t>(page[kMask + end / 8] | 1u << end % 8);
     }
-    page[kMask + end / 8] = static_cast<std::uint8_t>(page[kMask + end / 8] | 1u << end % 8);
+    Put16(page + 2, kRoom - end);
+    Put16(page + 24, range.prefix);
   }
-  Put16(page + 2, kRoom - end);
-  Put16(page + 24, range.prefix);
-}
+
+ private:
+  const IndexEntries* entries_;
+  std::size_t size_;
+  std::vector<std::size_t> last_;
+  std::vector<std::uint32_t> children_;
+};
 
 void FormatIndexPage(std::uint8_t* page, std::uint32_t definitionPage, bool leaf) {
   std::memset(page, 0, kPageSize);
@@ -105,6 +126,15 @@ void FormatIndexPage(std::uint8_t* page, std::uint32_t definitionPage, bool leaf
   page[1] = 0x01;
   Put16(page + 2, kRoom);
   Put32(page + 4, definitionPage);
+}
+
+// Where the next entry of a page ends: the lowest 1 bit of the mask from bit `from` on; above kRoom if there
+// is none.
+std::size_t NextEnd(const std::uint8_t* page, std::size_t from) {
+  std::size_t byte = from / 8;
+  unsigned bits = byte < kEntries - kMask ? page[kMask + byte] >> from % 8 << from % 8 : 0;
+  while (bits == 0 && ++byte < kEntries - kMask) bits = page[kMask + byte];
+  return bits == 0 ? kRoom + 1 : 8 * byte + static_cast<std::size_t>(std::countr_zero(bits));
 }
 
 class Walker {
@@ -125,28 +155,35 @@ class Walker {
 
     const std::size_t tail = leaf ? kRowPointer : kRowPointer + kChild;
     const std::size_t prefix = Get16(bytes + 24);
-    std::vector<std::uint8_t> shared, entry;
-    std::size_t start = 0;
-    for (std::size_t end = 1; end <= kRoom; ++end) {
-      if ((bytes[kMask + end / 8] >> end % 8 & 1) == 0) continue;
-      entry.clear();
+    std::vector<std::uint8_t> entry(2 * kRoom);  // begins with the first one's prefix all along
+    std::span<const std::uint8_t> before;        // what the entry before does not share
+    std::size_t start = 0, firstSize = 0, size = 0;
+    for (std::size_t end = NextEnd(bytes, 1); end <= kRoom; end = NextEnd(bytes, end + 1)) {
+      const std::size_t skipped = start == 0 ? 0 : prefix;
+      if (skipped > firstSize) return Fault("a prefix is longer than the first entry", page);
+      const std::span<const std::uint8_t> own(bytes + kEntries + start, end - start);
+      std::memcpy(entry.data() + skipped, own.data(), own.size());
+      size = skipped + own.size();
+      if (size < tail + 1) return Fault("an entry is too short", page);
+      if (!leaf) {
+        Visit(GetBig32(entry.data() + size - kChild), depth + 1);
+        if (Less({entry.data(), size - kChild}, last_))
+          Fault("an entry of a node lies below what it leads to", page);
+      } else {
+        const bool inOrder = start == 0 ? Less(last_, own) : Less(before, own);
+        if (!inOrder) Fault("entries are out of order", page);
+        const std::size_t keySize = size - kRowPointer;
+        walk_.entry({entry.data(), keySize}, RowId{GetBig32(entry.data() + keySize)});
+      }
       if (start == 0) {
-        shared.assign(bytes + kEntries, bytes + kEntries + std::min(prefix, end));
+        firstSize = end;
+        before = own.subspan(std::min(prefix, own.size()));
       } else {
-        if (prefix > shared.size()) return Fault("a prefix is longer than the first entry", page);
-        entry = shared;
+        before = own;
       }
-      entry.insert(entry.end(), bytes + kEntries + start, bytes + kEntries + end);
       start = end;
-      if (entry.size() < tail + 1) return Fault("an entry is too short", page);
-      if (leaf) {
-        Entry(entry, page);
-      } else {
-        Visit(GetBig32(entry.data() + entry.size() - kChild), depth + 1);
-        entry.resize(entry.size() - kChild);
-        if (entry < last_) Fault("an entry of a node lies below what it leads to", page);
-      }
     }
+    if (leaf && start != 0) last_.assign(entry.data(), entry.data() + size);
     if (start != kRoom - Get16(bytes + 2)) Fault("the free-space field is wrong", page);
     if (!leaf) {
       if (const std::uint32_t child = Get32(bytes + 20); child != 0) {
@@ -162,13 +199,6 @@ class Walker {
   }
 
  private:
-  void Entry(const std::vector<std::uint8_t>& entry, std::uint32_t page) {
-    if (!(last_ < entry)) Fault("entries are out of order", page);
-    last_ = entry;
-    const std::size_t keySize = entry.size() - kRowPointer;
-    walk_.entry({entry.data(), keySize}, RowId{GetBig32(entry.data() + keySize)});
-  }
-
   void CheckLeaf(std::uint32_t page, const std::uint8_t* bytes, int depth) {
     if (lastLeaf_ != 0 && (nextLeaf_ != page || Get32(bytes + 12) != lastLeaf_))
       Fault("leaves are not linked", page);
@@ -203,21 +233,31 @@ void IndexEntries::Reserve(std::size_t entries, std::size_t keyBytes) {
 void IndexEntries::Add(std::span<const std::uint8_t> key, RowId row) {
   const std::size_t size = key.size() + kRowPointer;
   if (size > kLongestEntry) throw Error(code::kGeneric, u"An index key is too long.");
-  places_.push_back({static_cast<std::uint32_t>(bytes_.size()), static_cast<std::uint16_t>(size)});
-  bytes_.insert(bytes_.end(), key.begin(), key.end());
-  std::uint8_t pointer[kRowPointer];
-  PutBig32(pointer,
-           static_cast<std::uint32_t>(row));  // page << 8 | slot: the page's three bytes, then the slot
-  bytes_.insert(bytes_.end(), pointer, pointer + kRowPointer);
+  const std::size_t offset = bytes_.size();
+  places_.push_back({static_cast<std::uint32_t>(offset), static_cast<std::uint16_t>(size)});
+  bytes_.resize(offset + size);
+  std::memcpy(bytes_.data() + offset, key.data(), key.size());
+  // page << 8 | slot: the page's three bytes, then the slot
+  PutBig32(bytes_.data() + offset + key.size(), static_cast<std::uint32_t>(row));
 }
 
 void IndexEntries::Sort() {
-  const auto less = [this](const Place& a, const Place& b) {
-    const int order =
-        std::memcmp(bytes_.data() + a.offset, bytes_.data() + b.offset, std::min(a.size, b.size));
-    return order != 0 ? order < 0 : a.size < b.size;
-  };
-  if (!std::is_sorted(places_.begin(), places_.end(), less)) std::sort(places_.begin(), places_.end(), less);
+  if (InOrder()) return;
+  std::sort(places_.begin(), places_.end(),
+            [this](const Place& a, const Place& b) { return Less(At(a), At(b)); });
+  InOrder();
+}
+
+bool IndexEntries::InOrder() {
+  distinct_ = places_.empty() ? 0 : 1;
+  for (std::size_t i = 1; i < places_.size(); ++i) {
+    const auto before = At(places_[i - 1]), entry = At(places_[i]);
+    const std::size_t both = std::min(before.size(), entry.size());
+    const std::size_t shared = CommonPrefix(before, entry, both);
+    if (shared < both ? before[shared] > entry[shared] : before.size() > entry.size()) return false;
+    if (before.size() != entry.size() || shared < entry.size() - kRowPointer) ++distinct_;
+  }
+  return true;
 }
 
 void FormatEmptyIndex(std::uint8_t* page, std::uint32_t definitionPage) {
@@ -233,26 +273,14 @@ void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, co
   map.Add(index.root);
 
   index.entries = static_cast<std::uint32_t>(entries.size());
-  index.distinct = 0;
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    const auto entry = entries[i];
-    const auto before = i == 0 ? entry : entries[i - 1];
-    const std::size_t key = entry.size() - kRowPointer;
-    const bool repeated =
-        i > 0 && before.size() == entry.size() && std::memcmp(before.data(), entry.data(), key) == 0;
-    if (!repeated) ++index.distinct;
-  }
+  index.distinct = static_cast<std::uint32_t>(entries.Distinct());
   if (entries.size() == 0) {
     FormatEmptyIndex(pager.Write(index.root), definitionPage);
     return;
   }
 
-  std::vector<std::size_t> items(
-      entries.size());  // each item's last entry; of a leaf's items the entries themselves
-  for (std::size_t i = 0; i < items.size(); ++i) items[i] = i;
-  std::vector<std::uint32_t> children;
-  for (bool leaves = true;; leaves = false) {
-    const std::vector<Level::Page> pages = Level(entries, leaves).Split(items);
+  for (Level level(entries);;) {
+    const std::vector<Level::Page> pages = level.Split();
     std::vector<std::uint32_t> numbers;
     for (std::size_t i = 0; i < pages.size(); ++i) {
       numbers.push_back(pages.size() == 1 ? index.root : pager.Allocate());
@@ -260,16 +288,15 @@ void BuildIndex(Pager& pager, std::uint32_t definitionPage, RealIndex& index, co
     }
     for (std::size_t i = 0; i < pages.size(); ++i) {
       std::uint8_t* page = pager.Write(numbers[i]);
-      FormatIndexPage(page, definitionPage, leaves);
-      if (leaves && i > 0) Put32(page + 12, numbers[i - 1]);
-      if (leaves && i + 1 < pages.size()) Put32(page + 16, numbers[i + 1]);
-      FillPage(page, entries, items, pages[i], leaves ? nullptr : &children);
+      FormatIndexPage(page, definitionPage, level.Leaves());
+      if (level.Leaves() && i > 0) Put32(page + 12, numbers[i - 1]);
+      if (level.Leaves() && i + 1 < pages.size()) Put32(page + 16, numbers[i + 1]);
+      level.Fill(page, pages[i]);
     }
     if (pages.size() == 1) return;
-    std::vector<std::size_t> next;
-    for (const Level::Page& page : pages) next.push_back(items[page.last]);
-    items = std::move(next);
-    children = std::move(numbers);
+    std::vector<std::size_t> last;
+    for (const Level::Page& page : pages) last.push_back(level.LastOf(page.last));
+    level = Level(entries, std::move(last), std::move(numbers));
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -15,6 +16,8 @@ namespace kestrelon::jet {
 // Appends the key of one column to `key`; false when the value has no key that we know: a text with
 // characters beyond code page 1252, or a column under another sort order than 1033 version 0.
 bool AppendKey(const StoredColumn& column, const Value& value, bool ascending, std::string& key);
+// The same for a number in a kLong column, as the usual primary key is.
+std::array<std::uint8_t, 5> LongKey(std::int32_t value, bool ascending);
 // Whether the keys of this column are made as AppendKey() makes them.
 bool KnowsKeysOf(const StoredColumn& column);
 
@@ -29,18 +32,26 @@ class IndexEntries {
   }
   void Sort();
   std::size_t size() const { return places_.size(); }
+  // How many keys differ; once sorted.
+  std::size_t Distinct() const { return distinct_; }
   // Key, then page (24 bits, big-endian) and slot.
-  std::span<const std::uint8_t> operator[](std::size_t i) const {
-    return {bytes_.data() + places_[i].offset, places_[i].size};
-  }
+  std::span<const std::uint8_t> operator[](std::size_t i) const { return At(places_[i]); }
 
  private:
   struct Place {
     std::uint32_t offset;
     std::uint16_t size;
   };
+  std::span<const std::uint8_t> At(const Place& place) const {
+    return {bytes_.data() + place.offset, place.size};
+  }
+
+  // Also counts the keys.
+  bool InOrder();
+
   std::vector<std::uint8_t> bytes_;
   std::vector<Place> places_;
+  std::size_t distinct_ = 0;
 };
 
 inline constexpr std::size_t kRowPointer = 4;  // bytes of an entry that are not its key

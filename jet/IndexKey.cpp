@@ -32,7 +32,9 @@ constexpr std::size_t kGroup = 8, kNumericBytes = 17;
 void Append(std::string& key, unsigned byte) { key.push_back(static_cast<char>(byte & 0xFF)); }
 
 void AppendBigEndian(std::string& key, std::uint64_t value, std::size_t size) {
-  while (size-- > 0) Append(key, static_cast<unsigned>(value >> 8 * size & 0xFF));
+  char bytes[8];
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(value >> 8 * (size - 1 - i) & 0xFF);
+  key.append(bytes, size);
 }
 
 void AppendFloating(std::string& key, std::uint64_t bits, std::size_t size) {
@@ -96,6 +98,13 @@ bool KnowsKeysOf(const StoredColumn& column) {
   }
 }
 
+std::array<std::uint8_t, 5> LongKey(std::int32_t value, bool ascending) {
+  std::array<std::uint8_t, 5> key = {ascending ? kAscending : kDescending};
+  const std::uint32_t bits = static_cast<std::uint32_t>(value) ^ 0x80000000;
+  PutBig32(key.data() + 1, ascending ? bits : ~bits);
+  return key;
+}
+
 bool AppendKey(const StoredColumn& column, const Value& value, bool ascending, std::string& key) {
   if (column.Is(ColumnType::kBoolean)) {
     const bool* set = std::get_if<bool>(&value);
@@ -120,7 +129,11 @@ bool AppendKey(const StoredColumn& column, const Value& value, bool ascending, s
   switch (static_cast<ColumnType>(column.type)) {
     case ColumnType::kByte: Append(key, integer()); break;
     case ColumnType::kInteger: AppendBigEndian(key, (integer() & 0xFFFF) ^ 0x8000, 2); break;
-    case ColumnType::kLong: AppendBigEndian(key, integer() ^ 0x80000000, 4); break;
+    case ColumnType::kLong: {
+      const auto whole = LongKey(static_cast<std::int32_t>(integer()), ascending);
+      key.append(whole.begin() + 1, whole.end());
+      return true;
+    }
     case ColumnType::kCurrency: {
       const auto* amount = std::get_if<std::int64_t>(&value);
       const std::uint64_t bits = amount == nullptr ? 0 : static_cast<std::uint64_t>(*amount);

@@ -30,19 +30,51 @@ Pager::Pager() {
     states_.resize(pageCount_);
     Touch(page, nullptr);
     states_[page].flags |= kNew;
-    if (!slabs_[0]) slabs_[0] = std::make_unique<std::uint8_t[]>(kSlabPages * kPageSize);
+    if (!slabs_[0]) {
+      slabs_[0] = TakeSlab();
+      std::memset(slabs_[0].get(), 0, kSlabPages * kPageSize);
+    }
   }
   global_map::Format(Write(kGlobalMapPage), pageCount_);
 }
 
+// Memory for a slab, with whatever it holds.
+Pager::Slab Pager::TakeSlab() const {
+  pagesTaken_ += kSlabPages;
+  if (spareSlabs_.empty()) return std::make_unique_for_overwrite<std::uint8_t[]>(kSlabPages * kPageSize);
+  Slab slab = std::move(spareSlabs_.back());
+  spareSlabs_.pop_back();
+  return slab;
+}
+
+void Pager::Release(std::size_t slab) {
+  constexpr std::size_t kMostSpare = 64;
+  if (spareSlabs_.size() < kMostSpare) spareSlabs_.push_back(std::move(slabs_[slab]));
+  slabs_[slab].reset();
+  const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
+  for (std::uint32_t page = first; page < std::min(first + kSlabPages, pageCount_); ++page) {
+    states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kChecked);
+  }
+}
+
+bool Pager::AnyDirty(std::size_t slab) const {
+  const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
+  for (std::uint32_t page = first; page < std::min(first + kSlabPages, pageCount_); ++page) {
+    if ((states_[page].flags & kDirty) != 0) return true;
+  }
+  return false;
+}
+
 void Pager::Load(std::size_t slab) const {
-  auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kSlabPages * kPageSize);
+  const File* file = file_ ? file_.get() : spilledTo_;
+  if (file == nullptr)
+    throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
+  Slab bytes = TakeSlab();
   const std::uint64_t offset = std::uint64_t{slab} * kSlabPages * kPageSize;
   std::size_t inFile = 0;
-  if (!file_) throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
-  if (const std::uint64_t size = file_->Size(); size > offset) {
+  if (const std::uint64_t size = file->Size(); size > offset) {
     inFile = static_cast<std::size_t>(std::min<std::uint64_t>(size - offset, kSlabPages * kPageSize));
-    file_->ReadAt(offset, {bytes.get(), inFile});
+    file->ReadAt(offset, {bytes.get(), inFile});
   }
   std::memset(bytes.get() + inFile, 0, kSlabPages * kPageSize - inFile);
   slabs_[slab] = std::move(bytes);
@@ -81,13 +113,13 @@ std::uint32_t Pager::Append() {
     throw Error(code::kGeneric, u"The database has reached its largest size of 2 GB.");
   const std::uint32_t page = pageCount_;
   if (page / kSlabPages >= slabs_.size()) {
-    slabs_.push_back(std::make_unique<std::uint8_t[]>(kSlabPages * kPageSize));
+    slabs_.push_back(TakeSlab());
   }
   states_.resize(page + 1);
   ++pageCount_;
   std::uint8_t* bytes = Write(page);
   states_[page].flags |= kNew;
-  std::memset(bytes, 0, kPageSize);  // a slab may hold what a page dropped by Rollback() left
+  std::memset(bytes, 0, kPageSize);
   return page;
 }
 
@@ -263,27 +295,41 @@ void Pager::Flush() {
 }
 
 void Pager::ReleaseClean() {
+  pagesTaken_ = 0;
   if (!file_ || unfinished_) return;  // the file may say less than the memory
   for (std::size_t slab = 0; slab < slabs_.size(); ++slab) {
-    if (!slabs_[slab]) continue;
-    const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
-    const std::uint32_t last = std::min(first + kSlabPages, pageCount_);
-    bool clean = true;
-    for (std::uint32_t page = first; page < last; ++page)
-      clean = clean && (states_[page].flags & kDirty) == 0;
-    if (!clean) continue;
-    slabs_[slab].reset();
-    for (std::uint32_t page = first; page < last; ++page) {
-      states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kChecked);
-    }
+    if (slabs_[slab] && !AnyDirty(slab)) Release(slab);
   }
 }
 
-void Pager::WriteAll(File& file) const {
-  for (std::uint32_t page = 0; page < pageCount_; page += kSlabPages) {
-    const std::uint32_t count = std::min(kSlabPages, pageCount_ - page);
-    file.WriteAt(std::uint64_t{page} * kPageSize, {Read(page), count * kPageSize});
+void Pager::Spill(File& file, std::uint32_t first) {
+  pagesTaken_ = 0;
+  spilledTo_ = &file;
+  // The last slab may still be filling.
+  for (std::size_t slab = (first + kSlabPages - 1) / kSlabPages; slab + 1 < slabs_.size(); ++slab) {
+    if (slab == 0 || !slabs_[slab]) continue;
+    if (AnyDirty(slab)) WriteSlab(file, slab);
+    Release(slab);
   }
+}
+
+void Pager::WriteSlab(File& file, std::size_t slab) {
+  const auto first = static_cast<std::uint32_t>(slab) * kSlabPages;
+  const std::uint32_t count = std::min(kSlabPages, pageCount_ - first);
+  file.WriteAt(std::uint64_t{first} * kPageSize, {Read(first), count * kPageSize});
+  for (std::uint32_t page = first; page < first + count; ++page) {
+    State& state = states_[page];
+    if ((state.flags & kDirty) != 0) --dirtyCount_;
+    state.flags = static_cast<std::uint8_t>(state.flags & ~kDirty);
+    state.epoch = 0;  // of no transaction: the next Write() notes it as dirty
+  }
+}
+
+void Pager::WriteAll(File& file) {
+  for (std::size_t slab = 1; slab < slabs_.size(); ++slab) {
+    if (AnyDirty(slab)) WriteSlab(file, slab);
+  }
+  WriteSlab(file, 0);
   file.Flush();
 }
 

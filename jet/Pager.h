@@ -86,12 +86,19 @@ class Pager {
   void Flush();
   // Whether a Flush() that failed may have left the file marked: what the file should hold is here only.
   bool Unfinished() const { return unfinished_; }
-  // Writes the whole image to an empty file, front to back.
-  void WriteAll(File& file) const;
+  // Writes the whole image of a new file, or what Spill() has left of it. The pages with the header come
+  // last: what a stop leaves is no database.
+  void WriteAll(File& file);
+  // Writes pages of a new image, from the page `first` on, ahead of WriteAll() to the same file, which must
+  // live until then, and lets go of their memory; they are read again when needed. No pointer that Read()
+  // gave may be in use.
+  void Spill(File& file, std::uint32_t first);
 
   // Lets go of the memory of pages that the file holds unchanged; they are read again when needed. No pointer
   // that Read() gave may be in use.
   void ReleaseClean();
+  // Pages that memory was taken for since the last Spill() or ReleaseClean().
+  std::uint32_t PagesTaken() const { return pagesTaken_; }
 
   std::unique_ptr<File> DetachFile() { return std::move(file_); }
   void AttachFile(std::unique_ptr<File> file) { file_ = std::move(file); }
@@ -106,12 +113,17 @@ class Pager {
     std::uint8_t flags = 0;
   };
   using Image = std::array<std::uint8_t, kPageSize>;
+  using Slab = std::unique_ptr<std::uint8_t[]>;
   struct Before {
     std::uint32_t page;
     std::uint8_t flags;
     std::unique_ptr<Image> bytes;
   };
 
+  Slab TakeSlab() const;
+  void Release(std::size_t slab);
+  bool AnyDirty(std::size_t slab) const;
+  void WriteSlab(File& file, std::size_t slab);
   void Load(std::size_t slab) const;
   void Touch(std::uint32_t page, const std::uint8_t* bytes);
   std::uint32_t Append();
@@ -126,8 +138,11 @@ class Pager {
   void WriteQuietPair();
 
   std::unique_ptr<File> file_;
+  const File* spilledTo_ = nullptr;
   std::uint32_t pageCount_ = 0;
-  mutable std::vector<std::unique_ptr<std::uint8_t[]>> slabs_;
+  mutable std::vector<Slab> slabs_;
+  mutable std::vector<Slab> spareSlabs_;  // released; taking them again is cheaper than new memory
+  mutable std::uint32_t pagesTaken_ = 0;
   mutable std::vector<State> states_;
   std::vector<std::uint32_t> dirty_;  // may name a page twice or one that is clean again
   std::size_t dirtyCount_ = 0;

@@ -99,35 +99,6 @@ void PutFixed(const StoredColumn& column, const Value& value, std::uint8_t* out)
 
 }  // namespace
 
-RowView::RowView(const std::uint8_t* row, std::size_t size, bool variable, std::uint32_t page)
-    : row_(row), size_(size), page_(page) {
-  if (size < 2) Fail("a row is too short");
-  columns_ = Get16(row);
-  const std::size_t maskBytes = (columns_ + 7) / 8;
-  if (size < 2 + maskBytes) Fail("a row is too short for its mask");
-  dataEnd_ = size - maskBytes;
-  mask_ = row + dataEnd_;
-  if (!variable) return;
-  if (dataEnd_ < 6) Fail("a row is too short for its offsets");
-  variables_ = Get16(row + dataEnd_ - 2);
-  if (dataEnd_ < 2 + 2 * (variables_ + 2)) Fail("a row is too short for its offsets");
-  starts_ = row + dataEnd_ - 2;
-  dataEnd_ -= 2 * (variables_ + 2);
-}
-
-std::span<const std::uint8_t> RowView::Field(const StoredColumn& column) const {
-  if (column.Fixed()) {
-    const std::size_t start = std::size_t{2} + column.fixedOffset;
-    if (start + column.length > dataEnd_) Fail("a fixed column lies outside its row");
-    return {row_ + start, column.length};
-  }
-  if (column.variableIndex >= variables_) return {};
-  const std::uint8_t* at = starts_ - 2 * (std::size_t{column.variableIndex} + 1);
-  const std::size_t start = Get16(at), end = Get16(at - 2);
-  if (start > end || end > dataEnd_) Fail("a variable column lies outside its row");
-  return {row_ + start, end - start};
-}
-
 void RowView::Fail(const char* what) const { ThrowCorrupt(what, page_); }
 
 RowEncoder::RowEncoder(const TableDef& def, const std::vector<StoredColumn>& columns)

@@ -21,14 +21,39 @@ class RowView {
   RowView() = default;
   // `variable` says whether the table has variable columns, now or ever. Throws CorruptFile when the row is
   // too short for its own counts.
-  RowView(const std::uint8_t* row, std::size_t size, bool variable, std::uint32_t page);
+  RowView(const std::uint8_t* row, std::size_t size, bool variable, std::uint32_t page)
+      : row_(row), size_(size), page_(page) {
+    if (size < 2) Fail("a row is too short");
+    columns_ = Get16(row);
+    const std::size_t maskBytes = (columns_ + 7) / 8;
+    if (size < 2 + maskBytes) Fail("a row is too short for its mask");
+    dataEnd_ = size - maskBytes;
+    mask_ = row + dataEnd_;
+    if (!variable) return;
+    if (dataEnd_ < 6) Fail("a row is too short for its offsets");
+    variables_ = Get16(row + dataEnd_ - 2);
+    if (dataEnd_ < 2 + 2 * (variables_ + 2)) Fail("a row is too short for its offsets");
+    starts_ = row + dataEnd_ - 2;
+    dataEnd_ -= 2 * (variables_ + 2);
+  }
 
   // The mask bit: "not null"; for a boolean column the value itself.
   bool Has(std::uint16_t columnNumber) const {
     return columnNumber < columns_ && (mask_[columnNumber / 8] >> columnNumber % 8 & 1) != 0;
   }
   // The bytes of a column that Has(); empty for a variable column that is younger than the row.
-  std::span<const std::uint8_t> Field(const StoredColumn& column) const;
+  std::span<const std::uint8_t> Field(const StoredColumn& column) const {
+    if (column.Fixed()) {
+      const std::size_t start = std::size_t{2} + column.fixedOffset;
+      if (start + column.length > dataEnd_) Fail("a fixed column lies outside its row");
+      return {row_ + start, column.length};
+    }
+    if (column.variableIndex >= variables_) return {};
+    const std::uint8_t* at = starts_ - 2 * (std::size_t{column.variableIndex} + 1);
+    const std::size_t start = Get16(at), end = Get16(at - 2);
+    if (start > end || end > dataEnd_) Fail("a variable column lies outside its row");
+    return {row_ + start, end - start};
+  }
   std::size_t ColumnCount() const { return columns_; }
   std::size_t VariableCount() const { return variables_; }
   std::span<const std::uint8_t> Bytes() const { return {row_, size_}; }

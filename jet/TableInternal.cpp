@@ -77,8 +77,7 @@ void TableInternal::LookAtSize() const {
   for (const StoredColumn& column : stored) {
     if (column.LongValue()) longColumns.push_back(&column);
   }
-  // One wrong length may count as much as the whole file, and is no reason to refuse the other rows.
-  const std::uint64_t most = 4 * std::uint64_t{pager->PageCount()} * kPageSize;
+  const std::uint64_t most = MostSharableBytes();
   std::uint64_t bytes = 0;
   for (const std::uint32_t page : rows.Pages()) {
     const std::uint8_t* start = nullptr;
@@ -91,7 +90,7 @@ void TableInternal::LookAtSize() const {
       const std::uint16_t entry = data_page::Slot(start, slot);
       if ((entry & kSlotHidden) != 0 || ((entry & kSlotMoved) == 0 && longColumns.empty())) continue;
       bytes += SharableBytes(*this, longColumns, MakeRowId(page, slot));
-      if (bytes > most) ThrowCorrupt("rows hold many times more than the file", def.page);
+      if (bytes > most) ThrowOversize();
     }
   }
   sizeChecked_ = true;
@@ -137,11 +136,15 @@ void ReadField(const TableInternal& table, const RowView& row, std::size_t posit
     value = row.Has(column.number);
     return;
   }
-  std::vector<std::uint8_t> buffer;
-  if (const auto field = StoredField(table, row, position, buffer)) {
-    DecodeField(column, *field, value, 0);
-  } else {
+  if (!row.Has(column.number)) {
     value = std::monostate{};
+  } else if (!column.LongValue()) {
+    DecodeField(column, row.Field(column), value, 0);
+  } else {
+    std::vector<std::uint8_t> buffer;
+    DecodeField(column,
+                long_value::Read(*table.pager, table.LongValuesOf(position), row.Field(column), buffer),
+                value, 0);
   }
 }
 

@@ -33,6 +33,11 @@ struct TableInternal {
   void CheckSize() const {
     if (!sizeChecked_) LookAtSize();
   }
+  // One wrong length may count as much as the whole file, and is no reason to refuse the other rows.
+  std::uint64_t MostSharableBytes() const { return 4 * std::uint64_t{pager->PageCount()} * kPageSize; }
+  [[noreturn]] void ThrowOversize() const {
+    ThrowCorrupt("rows hold many times more than the file", def.page);
+  }
 
   Pager* pager;
   std::u16string name;

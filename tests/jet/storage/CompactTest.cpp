@@ -57,6 +57,57 @@ TEST(CompactInto, OrdersRowsByThePrimaryKeyAndSetsTheCounterToTheHighestNumber) 
   EXPECT_EQ(copy->OpenTable(u"TreeviewTable").LastAutoNumber(), 30);
 }
 
+// Rows of every length, some with long values on pages of their own.
+std::unique_ptr<Database> ManyRows() {
+  std::unique_ptr<Database> database = OpenInMemory(CreateInMemory(ProgramTables()));
+  for (int i = 0; i < 400; ++i) database->OpenTable(u"FTable").Insert(VariedRow(i));
+  database->Flush();
+  return database;
+}
+
+TEST(CompactInto, KeepsTheLongValuesOfRowsThatNobodyTouched) {
+  const auto database = ManyRows();
+
+  const auto copy = OpenInMemory(Compact(*database));
+
+  EXPECT_THAT(copy->Check(), IsEmpty());
+  EXPECT_TRUE(RowsInOrder(*copy, u"FTable") == RowsInOrder(*database, u"FTable"));
+}
+
+TEST(CompactInto, PacksWholePagesJustAsItPacksSingleRows) {
+  Fixture whole, shifted;
+  const RowId first = shifted.Insert(VariedRow(1));
+  for (std::size_t i = 0; i < 400; ++i) {
+    const Row row =
+        ItemRow(u"node", u"index", Repeat(u"name", i % 60), Repeat(u"file", i % 77), u"", u"", u"");
+    whole.Insert(row);
+    shifted.Insert(row);
+  }
+  shifted.Delete(first);  // from here on no page of the copy begins where one of the old file does
+
+  EXPECT_TRUE(*Compact(*whole.database) == *Compact(*shifted.database));
+}
+
+TEST(CompactInto, OfACopyGivesTheSameAgain) {
+  const auto database = ManyRows();
+  for (int i = 0; i < 400; ++i) database->OpenTable(u"TreeviewTable").Insert(Row(4));
+  const ByteVector once = Compact(*database);
+  EXPECT_TRUE(*Compact(*OpenInMemory(once)) == *once);
+}
+
+TEST(CompactInto, RefusesATableWhosePrimaryKeyMissesARow) {
+  for (const bool ascending : {true, false}) {
+    Fixture fixture;
+    for (const std::int32_t number : {1, 2, ascending ? 3 : 0, 4})
+      fixture.Tree().Insert(Row{number, Value(), Value(), Value()});
+    fixture.database->Flush();
+    const auto last = static_cast<std::uint32_t>(ReadAll(fixture.Tree()).rbegin()->first);
+    // The row is marked as deleted, but the tree still leads to it.
+    (*fixture.bytes)[(last >> 8) * 4096 + 14 + 2 * (last & 0xFF) + 1] |= 0xC0;
+    EXPECT_THROW(Compact(*OpenInMemory(fixture.bytes)), CorruptFile) << ascending;
+  }
+}
+
 TEST(CompactInto, StartsAnEmptyTablesCounterAnew) {
   Fixture fixture;
   fixture.Tree().Insert(Row(4));
@@ -119,6 +170,22 @@ TEST(CompactInto, WritesNothingWhenTheSourceIsDamaged) {
   auto packed = std::make_shared<std::vector<std::uint8_t>>();
   EXPECT_THROW(OpenInMemory(fixture.bytes)->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
   EXPECT_TRUE(packed->empty());
+}
+
+TEST(CompactInto, LeavesNoDatabaseWhenTheSourceIsDamagedFarIn) {
+  Fixture fixture;
+  const Value text = Repeat(u"long text ", 5000);
+  RowId row{};
+  for (int i = 0; i < 200; ++i)
+    row = fixture.Items().Insert(Row{Value(), Value(), Value(), Value(), text, Value(), Value()});
+  fixture.database->Flush();
+  (*fixture.bytes)[(static_cast<std::uint32_t>(row) >> 8) * 4096] = 0xFF;  // no data page any more
+  auto packed = std::make_shared<std::vector<std::uint8_t>>();
+
+  EXPECT_THROW(OpenInMemory(fixture.bytes)->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
+
+  ASSERT_GT(packed->size(), 500'000u);  // what was packed is no longer held in memory
+  EXPECT_THROW(OpenInMemory(packed), Error);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <random>
+#include <set>
+#include <string>
 
 #include "jet/Index.h"
 #include "jet/Layout.h"
@@ -74,6 +76,25 @@ TEST(Index, BearsKeysOfAllLengths) {
   entries.Sort();
   BuildIndex(fixture.pager, kDefinition, fixture.index, entries);
   EXPECT_TRUE(fixture.Walk() == expected);
+}
+
+TEST(Index, OrdersAndCountsKeysThatDifferLate) {
+  IndexEntries entries;
+  std::set<std::string> keys;
+  std::mt19937 random(1);
+  for (std::uint32_t i = 0; i < 3000; ++i) {
+    std::string key(1 + random() % 20, '\x7F');
+    key[random() % key.size()] = static_cast<char>(random() % 3 * 0x7F);
+    key.push_back('\x01');  // no key begins another one
+    entries.Add(key, RowId{i});
+    keys.insert(key);
+  }
+  entries.Sort();
+  for (std::size_t i = 1; i < entries.size(); ++i) {
+    EXPECT_LE(std::string(entries[i - 1].begin(), entries[i - 1].end()),
+              std::string(entries[i].begin(), entries[i].end()));
+  }
+  EXPECT_EQ(entries.Distinct(), keys.size());
 }
 
 TEST(Index, KeepsItsRootAndOwnsThePagesOfItsTree) {

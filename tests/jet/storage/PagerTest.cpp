@@ -168,5 +168,42 @@ TEST(Pager, ReadsAgainWhatItLetGo) {
   EXPECT_EQ(pager.Read(30)[0], page_type::kIndexLeaf);
 }
 
+TEST(Pager, ReadsAgainAndWritesAgainWhatItSpilled) {
+  Pager pager;
+  while (pager.PageCount() < 100) pager.Write(pager.Allocate())[0] = page_type::kIndexLeaf;
+  pager.Write(50)[100] = 1;
+  auto bytes = std::make_shared<std::vector<std::uint8_t>>();
+  const auto file = OpenMemoryFile(bytes);
+
+  pager.Spill(*file, 20);
+
+  EXPECT_EQ(bytes->size(), 96u * 4096);  // the last pages are still filling
+  EXPECT_EQ((*bytes)[31 * 4096], 0);     // of pages in one piece with those before the 20th
+  EXPECT_EQ((*bytes)[32 * 4096], page_type::kIndexLeaf);
+  EXPECT_EQ(pager.Read(50)[100], 1);
+  pager.Write(50)[101] = 2;
+  pager.Spill(*file, 20);
+  pager.Write(70)[100] = 3;
+  pager.WriteAll(*file);
+
+  Pager again(OpenMemoryFile(bytes));
+  EXPECT_EQ(again.PageCount(), 100u);
+  EXPECT_EQ(again.Read(31)[0], page_type::kIndexLeaf);
+  EXPECT_EQ(again.Read(50)[100], 1);
+  EXPECT_EQ(again.Read(50)[101], 2);
+  EXPECT_EQ(again.Read(70)[100], 3);
+  EXPECT_EQ(again.Read(99)[0], page_type::kIndexLeaf);
+}
+
+TEST(Pager, WritesTheHeaderOfANewImageLast) {
+  Pager pager;
+  pager.Write(0)[4] = 'S';
+  while (pager.PageCount() < 100) pager.Write(pager.Allocate())[0] = page_type::kIndexLeaf;
+  auto bytes = std::make_shared<std::vector<std::uint8_t>>();
+  EXPECT_THROW(pager.WriteAll(*OpenFailingFile(OpenMemoryFile(bytes), 6)), Error);
+  EXPECT_EQ((*bytes)[99 * 4096], page_type::kIndexLeaf);
+  EXPECT_EQ((*bytes)[4], 0);
+}
+
 }  // namespace
 }  // namespace kestrelon::jet
