@@ -28,21 +28,21 @@ Text MakeText(const std::string& utf8) { return {jet::FromUtf8(utf8), utf8}; }
 
 std::string CategoryKey(std::size_t category) { return "S00421115131703" + Padded(category, 4) + "_"; }
 
-std::string FileIndex(std::size_t item, std::size_t perCategory) {
-  return std::to_string(item % perCategory + 1) + "#" + CategoryKey(item / perCategory);
+std::string FileIndex(std::size_t item) {
+  return std::to_string(item % kPerCategory + 1) + "#" + CategoryKey(item / kPerCategory);
 }
 
-std::vector<Text> InsertTexts(std::size_t items, std::size_t perCategory) {
-  std::vector<Text> texts;
-  texts.reserve(items);
-  for (std::size_t i = 0; i < items; ++i) {
-    const std::string name = "Quarterly report " + std::to_string(i);
-    texts.push_back(MakeText("INSERT INTO FTable VALUES(\"" + CategoryKey(i / perCategory) + "\",\"" +
-                             FileIndex(i, perCategory) + "\",\"" + name + "\",\"" + name +
-                             ".docx\",\"C:\\Users\\someone\\Documents\\Reports\\" + name +
-                             ".docx\",\"15/11/2026 13:20:05\",'')"));
-  }
-  return texts;
+Text InsertItem(std::size_t item) {
+  const std::string name = "Quarterly report " + std::to_string(item);
+  return MakeText("INSERT INTO FTable VALUES(\"" + CategoryKey(item / kPerCategory) + "\",\"" +
+                  FileIndex(item) + "\",\"" + name + "\",\"" + name +
+                  ".docx\",\"C:\\Users\\someone\\Documents\\Reports\\" + name +
+                  ".docx\",\"15/11/2026 13:20:05\",'')");
+}
+
+Text InsertCategory(std::size_t category) {
+  return MakeText("INSERT INTO TreeviewTable(parent,key,text) VALUES(\"" + CategoryKey(category / 20) +
+                  "\",\"" + CategoryKey(category) + "\",\"Category " + std::to_string(category) + "\")");
 }
 
 Folder::Folder() {
@@ -68,11 +68,26 @@ JetSubject::JetSubject() {
                                                {u"LocalFile", ColumnType::kMemo},
                                                {u"InsertTime", ColumnType::kText, 50},
                                                {u"Comment", ColumnType::kMemo}},
-                                              u""}};
+                                              u""},
+                                             {u"TreeviewTable",
+                                              {{u"i", ColumnType::kLong, 0, true},
+                                               {u"parent", ColumnType::kText, 50},
+                                               {u"key", ColumnType::kText, 50},
+                                               {u"text", ColumnType::kText, 255}},
+                                              u"i"}};
   jet::CreateDatabase(*jet::OpenFile(File(), jet::OpenMode::kCreate), tables, 46341.0);
+  BuildLookups();
+}
+
+JetSubject::JetSubject(const JetSubject& other) {
+  std::filesystem::copy_file(other.File(), File());
+  BuildLookups();
+}
+
+// From here on both lookups exist and every statement pays for them.
+void JetSubject::BuildLookups() {
   connection_.SetConnectionString(ConnectionString());
   connection_.Open();
-  // From here on both lookups exist and every statement pays for them.
   connection_.Execute(u"DELETE FROM FTable WHERE TreeviewNode=\"none\"");
   connection_.Execute(u"DELETE FROM FTable WHERE FileIndex=\"none\"");
   connection_.Close();
@@ -91,17 +106,39 @@ std::size_t JetSubject::Read(const Text& text) {
 }
 
 SqliteSubject::SqliteSubject() {
-  Check(sqlite3_open((folder_.Path() / "bench.sqlite").string().c_str(), &database_), database_);
+  Open();
   // Texts compare without regard to case in both.
-  Execute({u"",
-           "CREATE TABLE FTable (TreeviewNode TEXT COLLATE NOCASE, FileIndex TEXT COLLATE NOCASE, DefineName "
-           "TEXT, "
-           "Filename TEXT, LocalFile TEXT, InsertTime TEXT, Comment TEXT)"});
-  Execute({u"", "CREATE INDEX ByNode ON FTable (TreeviewNode)"});
-  Execute({u"", "CREATE INDEX ByIndex ON FTable (FileIndex)"});
+  for (const char* text :
+       {"CREATE TABLE FTable (TreeviewNode TEXT COLLATE NOCASE, FileIndex TEXT COLLATE NOCASE, DefineName "
+        "TEXT, "
+        "Filename TEXT, LocalFile TEXT, InsertTime TEXT, Comment TEXT)",
+        "CREATE INDEX ByNode ON FTable (TreeviewNode)", "CREATE INDEX ByIndex ON FTable (FileIndex)",
+        "CREATE TABLE TreeviewTable (i INTEGER PRIMARY KEY, parent TEXT, key TEXT, text TEXT)"}) {
+    Execute(MakeText(text));
+  }
+}
+
+SqliteSubject::SqliteSubject(const SqliteSubject& other) {
+  std::filesystem::copy_file(other.File(), File());
+  Open();
 }
 
 SqliteSubject::~SqliteSubject() { sqlite3_close(database_); }
+
+void SqliteSubject::Open() {
+  Check(sqlite3_open(File().string().c_str(), &database_), database_);
+  Execute(MakeText("PRAGMA locking_mode=EXCLUSIVE"));
+  Execute(MakeText("PRAGMA journal_mode=MEMORY"));
+  Execute(MakeText("PRAGMA synchronous=NORMAL"));
+  Execute(MakeText("PRAGMA cache_size=-1000000"));
+}
+
+void SqliteSubject::UseDefaultCache() { Execute(MakeText("PRAGMA cache_size=-2000")); }
+
+void SqliteSubject::Forget() {
+  sqlite3_close(database_);
+  Open();
+}
 
 void SqliteSubject::Execute(const Text& text) {
   sqlite3_stmt* statement = nullptr;
@@ -129,7 +166,7 @@ std::size_t SqliteSubject::Read(const Text& text) {
   return size;
 }
 
-void SqliteSubject::Begin() { Execute({u"", "BEGIN"}); }
-void SqliteSubject::End() { Execute({u"", "COMMIT"}); }
+void SqliteSubject::Begin() { Execute(MakeText("BEGIN")); }
+void SqliteSubject::End() { Execute(MakeText("COMMIT")); }
 
 }  // namespace kestrelon::bench
