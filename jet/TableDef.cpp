@@ -133,12 +133,13 @@ StoredColumn ReadColumn(const std::uint8_t* at, std::uint32_t page) {
   return column;
 }
 
-RealIndex ReadIndex(const std::uint8_t* at, const std::uint8_t* counts) {
+RealIndex ReadIndex(const std::uint8_t* at, const std::uint8_t* counts, std::uint32_t page) {
   RealIndex index;
   for (std::size_t slot = 0; slot < kKeySlots; ++slot) {
     const std::uint8_t* key = at + 4 + 3 * slot;
     if (Get16(key) != kNoColumn) index.columns.push_back({Get16(key), (key[2] & 1) != 0});
   }
+  if (index.columns.empty()) ThrowCorrupt("an index has no columns", page);
   index.map = Get32(at + 34);
   index.root = Get32(at + 38);
   index.flags = at[46];
@@ -295,7 +296,7 @@ TableDef ReadTableDef(const Pager& pager, std::uint32_t page) {
   }
   for (StoredColumn& column : def.columns) column.name = reader.Name();
   for (std::uint32_t i = 0; i < real; ++i) {
-    def.indexes.push_back(ReadIndex(reader.Take(kIndexBlock), counts + kCountBlock * i));
+    def.indexes.push_back(ReadIndex(reader.Take(kIndexBlock), counts + kCountBlock * i, page));
   }
   for (std::uint32_t i = 0; i < logical; ++i) {
     def.logicalIndexes.push_back(ReadLogicalIndex(reader.Take(kLogicalBlock)));

@@ -158,6 +158,10 @@ TEST(TableDef, IsRefusedWhenItContradictsItself) {
                 [](std::uint8_t* page) { Put16(page + kColumn + 25 + 7, 2); });
   expectRefused("a fixed memo", [](std::uint8_t* page) { page[kColumn + 25 + 15] |= 1; });
   expectRefused("a name of half a character", [](std::uint8_t* page) { Put16(page + kColumn + 3 * 25, 11); });
+  constexpr std::size_t kIndex = kColumn + 3 * 25 + (2 + 12) + (2 + 14) + (2 + 2);  // after columns and names
+  expectRefused("an index of no columns", [](std::uint8_t* page) {
+    for (std::size_t slot = 0; slot < 2; ++slot) Put16(page + kIndex + 4 + 3 * slot, 0xFFFF);
+  });
 }
 
 }  // namespace
