@@ -1,15 +1,52 @@
 #include "bench/Measure.h"
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 namespace kestrelon::bench {
 
 namespace {
 
-constexpr std::size_t kLeastRounds = 3, kMostRounds = 40;
-constexpr double kEnough = 3000;  // milliseconds of both together after which no further round is taken
-constexpr double kLong = 10000;   // a pair that takes this long is taken once
+// Rounds of each work: many of a short one, few of one that takes seconds.
+int RoundsFor(std::size_t items) {
+  return items <= 1000 ? 25 : items <= 10'000 ? 15 : items <= 100'000 ? 7 : 3;
+}
+
+// Keeps the fastest round of each work, in milliseconds.
+class Fastest : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type != Run::RT_Iteration) continue;
+      const double time = run.GetAdjustedRealTime();
+      const auto [known, isNew] = times_.try_emplace(run.run_name.function_name, time);
+      if (!isNew) known->second = std::min(known->second, time);
+    }
+  }
+  double Of(const std::string& work) const { return times_.at(work); }
+
+ private:
+  std::map<std::string, double> times_;
+};
+
+void Register(const char* name, const Round& round, std::size_t items) {
+  benchmark::RegisterBenchmark(name,
+                               [round](benchmark::State& state) {
+                                 for ([[maybe_unused]] const auto step : state) {
+                                   Clock clock;
+                                   round(clock);
+                                   state.SetIterationTime(clock.Milliseconds() / 1000);
+                                 }
+                               })
+      ->UseManualTime()
+      ->Iterations(1)
+      ->Repetitions(RoundsFor(items))
+      ->Unit(benchmark::kMillisecond);
+}
 
 std::string Formatted(const char* format, double number) {
   char text[32];
@@ -32,23 +69,26 @@ std::string Grouped(std::size_t number) {
   return text;
 }
 
+Measure::Measure(std::string_view only) : only_(only) {
+  char program[] = "jet_bench", interleave[] = "--benchmark_enable_random_interleaving=true";
+  char* values[] = {program, interleave, nullptr};
+  int count = 2;
+  benchmark::Initialize(&count, values);
+}
+
 void Measure::Compare(const std::string& work, std::size_t items, std::size_t times,
                       std::optional<double> bound, const Round& engine, const std::string& other,
                       const Round& otherWork) {
-  double best[2] = {}, sum = 0;
-  for (std::size_t round = 0; round < kMostRounds; ++round) {
-    if (sum > (round >= kLeastRounds ? kEnough : kLong)) break;
-    for (const int which : {0, 1}) {
-      Clock clock;
-      (which == 0 ? engine : otherWork)(clock);
-      const double time = clock.Milliseconds();
-      best[which] = round == 0 ? time : std::min(best[which], time);
-      sum += time;
-    }
-  }
+  // The two alone, their rounds mixed: both meet the same machine.
+  Register("engine", engine, items);
+  Register("other", otherWork, items);
+  Fastest fastest;
+  benchmark::RunSpecifiedBenchmarks(&fastest);
+  benchmark::ClearRegisteredBenchmarks();
   const auto count = static_cast<double>(times);
-  lines_.push_back({work, items, bound, best[0] / count, best[1] / count, other});
-  std::fprintf(stderr, "%s, %s: %.2f\n", work.c_str(), Grouped(items).c_str(), best[0] / best[1]);
+  const double engineTime = fastest.Of("engine") / count, otherTime = fastest.Of("other") / count;
+  lines_.push_back({work, items, bound, engineTime, otherTime, other});
+  std::fprintf(stderr, "%s, %s: %.2f\n", work.c_str(), Grouped(items).c_str(), engineTime / otherTime);
 }
 
 void Measure::Print() const {

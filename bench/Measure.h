@@ -25,15 +25,17 @@ class Clock {
 // One round of a piece of work: what it does between Start() and Stop() counts.
 using Round = std::function<void(Clock&)>;
 
-// Measures pieces of work in pairs and collects the lines of the table.
+// Measures pieces of work in pairs, by Google Benchmark, and collects the lines of the table. There is one in
+// a program: the library is set up for it.
 class Measure {
  public:
   // `only`: what the work's name must contain; empty for all.
-  explicit Measure(std::string_view only) : only_(only) {}
+  explicit Measure(std::string_view only);
 
   bool Wanted(std::string_view work) const { return work.find(only_) != std::string_view::npos; }
-  // Takes the two in turns, so that both meet the same machine, and keeps the fastest round of each. `times`:
-  // how often a round does its work; the table tells the time of one. `bound`: what the ratio may be at most.
+  // Takes rounds of the two mixed, so that both meet the same machine, and keeps the fastest of each.
+  // `times`: how often a round does its work; the table tells the time of one. `bound`: what the ratio may be
+  // at most.
   void Compare(const std::string& work, std::size_t items, std::size_t times, std::optional<double> bound,
                const Round& engine, const std::string& other, const Round& otherWork);
   // The table in Markdown: a line for each work, in its cells one figure for each number of rows.
