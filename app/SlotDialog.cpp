@@ -30,13 +30,7 @@ std::wstring SlotLabel(int slot, const SYSTEMTIME& time) {
 }
 
 void SlotDialog::CreateControls(const std::wstring& caption, const wchar_t* explanation) {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = caption;
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(caption, parts_.form.Handle());
 
   AddControl({L"Label1",
               -1,

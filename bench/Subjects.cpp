@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "jet/Database.h"
+#include "jet/database/Database.h"
 
 namespace kestrelon::bench {
 

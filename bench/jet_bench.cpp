@@ -17,7 +17,7 @@
 #include "bench/Measure.h"
 #include "bench/Memory.h"
 #include "bench/Subjects.h"
-#include "jet/File.h"
+#include "jet/base/File.h"
 
 namespace {
 

@@ -18,12 +18,12 @@
 
 #include "fuzz/PageMutator.h"
 #include "fuzz/Target.h"
-#include "jet/Error.h"
-#include "jet/Index.h"
-#include "jet/Layout.h"
-#include "jet/Pager.h"
-#include "jet/TextKey.h"
-#include "jet/UsageMap.h"
+#include "jet/base/Error.h"
+#include "jet/catalog/Layout.h"
+#include "jet/index/Index.h"
+#include "jet/index/TextKey.h"
+#include "jet/page/Pager.h"
+#include "jet/page/UsageMap.h"
 #include "jet/sql/TextCompare.h"
 
 namespace kestrelon::fuzz {

@@ -4,11 +4,11 @@
 #include <array>
 #include <cstring>
 
-#include "jet/Bytes.h"
-#include "jet/DataPage.h"
-#include "jet/Header.h"
-#include "jet/MapRow.h"
-#include "jet/Pager.h"
+#include "jet/base/Bytes.h"
+#include "jet/page/DataPage.h"
+#include "jet/page/Header.h"
+#include "jet/page/MapRow.h"
+#include "jet/page/Pager.h"
 
 namespace kestrelon::fuzz {
 namespace {

@@ -5,12 +5,12 @@
 #include <memory>
 
 #include "fuzz/Target.h"
-#include "jet/Database.h"
-#include "jet/Error.h"
-#include "jet/GlobalMap.h"
-#include "jet/Pager.h"
-#include "jet/TableDef.h"
-#include "jet/UsageMap.h"
+#include "jet/base/Error.h"
+#include "jet/database/Database.h"
+#include "jet/page/GlobalMap.h"
+#include "jet/page/Pager.h"
+#include "jet/page/UsageMap.h"
+#include "jet/schema/TableDef.h"
 
 namespace kestrelon::fuzz {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "jet/Bytes.h"
+#include "jet/base/Bytes.h"
 
 namespace kestrelon::fuzz::rows_input {
 namespace {

@@ -9,7 +9,7 @@
 //   8       10n   columns: type, flags, more flags, number, u16 variable index, u16 fixed offset, u16 length
 
 #include "fuzz/Target.h"
-#include "jet/TableDef.h"
+#include "jet/schema/TableDef.h"
 
 namespace kestrelon::fuzz::rows_input {
 

@@ -11,15 +11,15 @@
 #include "fuzz/PageMutator.h"
 #include "fuzz/RowsInput.h"
 #include "fuzz/Target.h"
-#include "jet/DataPage.h"
-#include "jet/Error.h"
-#include "jet/Layout.h"
-#include "jet/LongValue.h"
-#include "jet/RowCodec.h"
-#include "jet/Table.h"
-#include "jet/TableInternal.h"
-#include "jet/UsageMap.h"
+#include "jet/base/Error.h"
+#include "jet/catalog/Layout.h"
+#include "jet/database/Table.h"
+#include "jet/page/DataPage.h"
+#include "jet/page/UsageMap.h"
+#include "jet/row/LongValue.h"
+#include "jet/row/RowCodec.h"
 #include "jet/sql/Convert.h"
+#include "jet/table/TableInternal.h"
 
 namespace kestrelon::fuzz {
 namespace {

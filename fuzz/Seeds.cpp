@@ -9,11 +9,11 @@
 #include <sstream>
 
 #include "fuzz/RowsInput.h"
-#include "jet/Bytes.h"
-#include "jet/DataPage.h"
-#include "jet/DatabaseInternal.h"
-#include "jet/Pager.h"
-#include "jet/TableDef.h"
+#include "jet/base/Bytes.h"
+#include "jet/database/DatabaseInternal.h"
+#include "jet/page/DataPage.h"
+#include "jet/page/Pager.h"
+#include "jet/schema/TableDef.h"
 #include "jet/sql/Executor.h"
 #include "store/Schema.h"
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "fuzz/Target.h"
-#include "jet/Database.h"
+#include "jet/database/Database.h"
 
 namespace kestrelon::fuzz {
 

@@ -8,8 +8,8 @@
 
 #include "fuzz/Target.h"
 #include "jet/Ado.h"
-#include "jet/Database.h"
-#include "jet/Error.h"
+#include "jet/base/Error.h"
+#include "jet/database/Database.h"
 #include "store/Schema.h"
 
 namespace kestrelon::fuzz {

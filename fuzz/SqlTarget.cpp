@@ -6,8 +6,8 @@
 
 #include "fuzz/Seeds.h"
 #include "fuzz/Target.h"
-#include "jet/Database.h"
-#include "jet/Error.h"
+#include "jet/base/Error.h"
+#include "jet/database/Database.h"
 #include "jet/sql/Executor.h"
 
 namespace kestrelon::fuzz {

@@ -35,13 +35,7 @@ void inputDialog::Show(HWND owner) {
 }
 
 void inputDialog::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Import files from clipboard";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Import files from clipboard", parts_.form.Handle());
 
   ListView1_.Create(Handle(), kListId);
   ListView1_.events.itemClick = [this](std::size_t row) { ListView1_ItemClick(row); };

@@ -60,13 +60,7 @@ void FilePropterty::Show(HWND owner, std::size_t row) {
 }
 
 void FilePropterty::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Propterties";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Propterties", parts_.form.Handle());
 
   const auto label = [this](int index, const wchar_t* tag, const wchar_t* caption, double top) {
     AddControl({L"Label1",

@@ -41,13 +41,7 @@ void FileRename::Show(HWND owner, std::size_t row) {
 }
 
 void FileRename::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Rename";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Rename", parts_.form.Handle());
 
   AddControl({L"Label1",
               -1,

@@ -32,13 +32,7 @@ Filelist_Comment::~Filelist_Comment() {
 }
 
 void Filelist_Comment::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Comment";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_CLIPCHILDREN;
-  spec.extendedStyle = WS_EX_TOOLWINDOW;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Comment", parts_.form.Handle(), WS_EX_TOOLWINDOW, WS_THICKFRAME | WS_CLIPCHILDREN);
 
   using win::ControlKind;
   const win::FormControl& text = AddControl({L"Text1",

@@ -32,13 +32,7 @@ DeleteChoice frmDeletebox::Ask(HWND owner) {
 }
 
 void frmDeletebox::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Delete";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Delete", parts_.form.Handle());
 
   AddControl({L"Frame1",
               -1,

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Database.h"
+#include "jet/database/Database.h"
 #include "jet/sql/Convert.h"
 #include "jet/sql/Executor.h"
 #include "jet/sql/TextCompare.h"

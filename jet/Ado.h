@@ -22,9 +22,9 @@
 #include <string_view>
 #include <utility>
 
-#include "jet/Error.h"
-#include "jet/File.h"
-#include "jet/Value.h"
+#include "jet/base/Error.h"
+#include "jet/base/File.h"
+#include "jet/base/Value.h"
 
 namespace kestrelon::jet {
 

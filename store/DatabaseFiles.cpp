@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "app/base/File.h"
-#include "jet/Database.h"
+#include "jet/database/Database.h"
 #include "lang/SelectLanguage.h"
 #include "store/Schema.h"
 #include "store/SharedConnection.h"

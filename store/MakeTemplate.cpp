@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "jet/Database.h"
-#include "jet/File.h"
+#include "jet/base/File.h"
+#include "jet/database/Database.h"
 #include "store/Schema.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "jet/Database.h"
+#include "jet/database/Database.h"
 
 namespace kestrelon::store {
 

@@ -76,13 +76,7 @@ void Changecategory::Show(HWND owner) {
 }
 
 void Changecategory::CreateControls() {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Select category";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow(L"Select category", parts_.form.Handle());
 
   AddControl({L"Label1",
               -1,

@@ -15,12 +15,7 @@ FindWindow::~FindWindow() { Destroy(); }
 
 void FindWindow::Open() {
   if (shown_) return;
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_TOOLWINDOW;
-  spec.owner = parts_.form.Handle();
-  Create(spec);
+  CreateDialogWindow({}, parts_.form.Handle(), WS_EX_TOOLWINDOW);
   CreateControls();
   lang::ReadLanguage(*this, parts_.program, parts_.program.languageName, parts_.world);
   Text1_Change();

@@ -46,13 +46,7 @@ void frmAbout::Show(HWND owner) {
 }
 
 void frmAbout::CreateControls(HWND owner) {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"About Kestrelon";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = owner;
-  Create(spec);
+  CreateDialogWindow(L"About Kestrelon", owner);
 
   AddControl({L"Image1",
               -1,

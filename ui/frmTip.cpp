@@ -72,13 +72,7 @@ void frmTip::Show(HWND owner) {
 }
 
 void frmTip::CreateControls(HWND owner) {
-  win::WindowSpec spec;
-  spec.className = L"KestrelonDialog";
-  spec.caption = L"Tip of the day";
-  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  spec.extendedStyle = WS_EX_DLGMODALFRAME;
-  spec.owner = owner;
-  Create(spec);
+  CreateDialogWindow(L"Tip of the day", owner);
 
   AddControl({L"Label1",
               -1,

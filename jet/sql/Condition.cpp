@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 #include "jet/sql/Lookups.h"
 #include "jet/sql/TextCompare.h"
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Table.h"
-#include "jet/Value.h"
+#include "jet/base/Value.h"
+#include "jet/database/Table.h"
 #include "jet/sql/Statement.h"
 
 namespace kestrelon::jet::sql {

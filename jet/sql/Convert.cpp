@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <limits>
 
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 
 namespace kestrelon::jet::sql {
 

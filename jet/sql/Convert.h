@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "jet/Table.h"
-#include "jet/Value.h"
+#include "jet/base/Value.h"
+#include "jet/schema/Column.h"
 #include "jet/sql/Statement.h"
 
 namespace kestrelon::jet::sql {

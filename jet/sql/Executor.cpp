@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 #include "jet/sql/Condition.h"
 #include "jet/sql/Convert.h"
 #include "jet/sql/OrderBy.h"

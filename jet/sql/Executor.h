@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/Database.h"
-#include "jet/Table.h"
+#include "jet/database/Database.h"
+#include "jet/database/Table.h"
 #include "jet/sql/Lookups.h"
 #include "jet/sql/Statement.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Table.h"
+#include "jet/database/Table.h"
 #include "jet/sql/RowSet.h"
 
 namespace kestrelon::jet::sql {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 #include "jet/sql/TextCompare.h"
 
 namespace kestrelon::jet::sql {

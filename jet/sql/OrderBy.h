@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Table.h"
+#include "jet/database/Table.h"
 
 namespace kestrelon::jet::sql {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 #include "jet/sql/Convert.h"
 #include "jet/sql/Lexer.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "jet/Table.h"
+#include "jet/base/RowId.h"
 
 namespace kestrelon::jet::sql {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/Value.h"
+#include "jet/base/Value.h"
 
 namespace kestrelon::jet::sql {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "jet/TextKey.h"
+#include "jet/index/TextKey.h"
 
 namespace kestrelon::jet::sql {
 

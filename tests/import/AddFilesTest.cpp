@@ -3,7 +3,7 @@
 #include "app/base/GetFileInfo.h"
 #include "import/AddFiles.h"
 #include "items/ShowData.h"
-#include "jet/Error.h"
+#include "jet/base/Error.h"
 #include "lang/Messages.h"
 #include "tests/support/MainFormFixture.h"
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <utility>
 
-#include "tests/jet/storage/AddIndex.h"
+#include "tests/jet/index/AddIndex.h"
 #include "tests/store/StoreFixture.h"
 
 namespace kestrelon::store {

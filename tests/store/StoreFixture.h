@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "app/base/File.h"
-#include "jet/Database.h"
-#include "jet/File.h"
+#include "jet/base/File.h"
+#include "jet/database/Database.h"
 #include "store/Schema.h"
 #include "store/SharedConnection.h"
 #include "store/Store.h"

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "jet/Database.h"
-#include "jet/Error.h"
+#include "jet/base/Error.h"
+#include "jet/database/Database.h"
 #include "jet/sql/Convert.h"
 
 #ifdef _WIN32

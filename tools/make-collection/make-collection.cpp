@@ -9,8 +9,8 @@
 #include <string>
 
 #include "jet/Ado.h"
-#include "jet/Database.h"
-#include "jet/File.h"
+#include "jet/base/File.h"
+#include "jet/database/Database.h"
 #include "store/Schema.h"
 
 namespace {

@@ -63,6 +63,16 @@ Form::~Form() {
   Close();  // the controls let go of the fonts before these are deleted
 }
 
+void Form::CreateDialogWindow(const std::wstring& caption, HWND owner, DWORD extendedStyle, DWORD style) {
+  WindowSpec spec;
+  spec.className = L"KestrelonDialog";
+  spec.caption = caption;
+  spec.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | style;
+  spec.extendedStyle = extendedStyle;
+  spec.owner = owner;
+  Create(spec);
+}
+
 void Form::SizeClientAndCentre(double widthTwips, double heightTwips, HWND owner) {
   RECT size{0, 0, PixelsFromTwips(widthTwips, Dpi()), PixelsFromTwips(heightTwips, Dpi())};
   ::AdjustWindowRectExForDpi(&size, static_cast<DWORD>(::GetWindowLongPtrW(Handle(), GWL_STYLE)),

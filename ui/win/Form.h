@@ -86,6 +86,10 @@ class Form : public Window {
   // Adds a control or menu entry that was made elsewhere.
   FormControl& AddExisting(FormControl control);
 
+  // Makes the window of a dialog or tool window, hidden and without a size: a caption with a system menu
+  // (`style` adds to that), owned by `owner`. Throws as Create() does.
+  void CreateDialogWindow(const std::wstring& caption, HWND owner, DWORD extendedStyle = WS_EX_DLGMODALFRAME,
+                          DWORD style = 0);
   // The whole window's size so that the client area has this size, centred over `owner` (or the work area
   // when null).
   void SizeClientAndCentre(double widthTwips, double heightTwips, HWND owner);

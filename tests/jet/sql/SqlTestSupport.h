@@ -12,9 +12,9 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/Database.h"
-#include "jet/Error.h"
-#include "jet/File.h"
+#include "jet/base/Error.h"
+#include "jet/base/File.h"
+#include "jet/database/Database.h"
 #include "jet/sql/Convert.h"
 #include "jet/sql/Executor.h"
 

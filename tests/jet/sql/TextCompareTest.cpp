@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "jet/TextKey.h"
+#include "jet/index/TextKey.h"
 #include "jet/sql/TextCompare.h"
 
 namespace kestrelon::jet::sql {

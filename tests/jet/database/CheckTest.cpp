@@ -1,0 +1,97 @@
+#include "jet/page/DataPage.h"
+#include "jet/page/Pager.h"
+#include "jet/schema/TableDef.h"
+#include "tests/jet/Support.h"
+
+namespace kestrelon::jet {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+// A file with one fault, made by hand.
+struct Faulty {
+  Faulty() {
+    for (int i = 0; i < 20; ++i) last = fixture.Insert(VariedRow(i));
+    Row tree = {Value(), Value(), Value(), Value()};
+    for (int i = 0; i < 20; ++i) fixture.Tree().Insert(tree);
+    fixture.database->Flush();
+    Pager pager(OpenMemoryFile(fixture.bytes));
+    for (std::uint32_t page = 6; page < pager.PageCount(); ++page) {
+      const std::uint8_t* bytes = pager.Read(page);
+      if (bytes[0] == page_type::kDefinition && itemsDefinition == 0) itemsDefinition = page;
+      if (bytes[0] == page_type::kData && data_page::Owner(bytes) == kLongValueOwner) longValues = page;
+      if (bytes[0] == page_type::kIndexLeaf && Get16(bytes + 2) < 3600) leaf = page;
+    }
+  }
+  std::uint8_t* Page(std::uint32_t page) { return fixture.bytes->data() + page * kPageSize; }
+  std::vector<std::string> Check() { return OpenInMemory(fixture.bytes)->Check(); }
+
+  Fixture fixture;
+  RowId last{};
+  std::uint32_t itemsDefinition = 0, longValues = 0, leaf = 0;
+};
+
+TEST(Check, FindsNothingInASoundFile) { EXPECT_THAT(Faulty().Check(), testing::IsEmpty()); }
+
+TEST(Check, FindsAWrongRowCount) {
+  Faulty file;
+  Put32(file.Page(file.itemsDefinition) + 16, 21);
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("the definition says 21 rows, the pages hold 20")));
+}
+
+TEST(Check, FindsAWrongFreeSpaceField) {
+  Faulty file;
+  std::uint8_t* page = file.Page(static_cast<std::uint32_t>(file.last) >> 8);
+  Put16(page + 2, Get16(page + 2) + 1u);
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("the free-space field says")));
+}
+
+TEST(Check, FindsALongValueThatBelongsToNoRow) {
+  Faulty file;
+  std::uint8_t* page = file.Page(static_cast<std::uint32_t>(file.last) >> 8);
+  for (std::size_t slot = 0; slot < data_page::SlotCount(page); ++slot) data_page::Delete(page, slot);
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("a long value belongs to no row")));
+}
+
+TEST(Check, FindsALostLongValue) {
+  Faulty file;
+  data_page::Delete(file.Page(file.longValues), 0);
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("a long value has lost a piece")));
+}
+
+TEST(Check, FindsIndexEntriesOutOfOrder) {
+  Faulty file;
+  file.Page(file.leaf)[480] ^= 0x80;
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("TreeviewTable")));
+}
+
+TEST(Check, FindsARowThatItsIndexLacks) {
+  Faulty file;
+  std::uint32_t page = 0;
+  for (const auto& [id, row] : ReadAll(file.fixture.Tree())) page = static_cast<std::uint32_t>(id) >> 8;
+  std::uint8_t* bytes = file.Page(page);
+  const std::size_t slot = data_page::Append(bytes, 20, 0);
+  std::copy_n(bytes + data_page::Start(bytes, 0), 20, bytes + data_page::Start(bytes, slot));
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("an index lacks a row")));
+}
+
+TEST(Check, FindsAPageThatIsFreeAndOwned) {
+  Faulty file;
+  std::uint8_t* map = file.Page(Pager::kGlobalMapPage);
+  const std::uint32_t page = static_cast<std::uint32_t>(file.last) >> 8;
+  map[data_page::Start(map, 0) + 5 + page / 8] |= static_cast<std::uint8_t>(1u << page % 8);
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("is free but belongs to FTable")));
+}
+
+TEST(Check, FindsAPageThatIsNeitherFreeNorOwned) {
+  Faulty file;
+  const std::size_t page = file.fixture.bytes->size() / kPageSize;
+  file.fixture.bytes->resize((page + 1) * kPageSize);
+  std::uint8_t* map = file.Page(Pager::kGlobalMapPage);
+  map[data_page::Start(map, 0) + 5 + page / 8] &= static_cast<std::uint8_t>(~(1u << page % 8));
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("belongs to nothing and is not free")));
+}
+
+}  // namespace
+}  // namespace kestrelon::jet

@@ -1,0 +1,285 @@
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <span>
+#include <utility>
+
+#include "jet/base/Bytes.h"
+#include "tests/jet/Support.h"
+
+// What a stop of the program, or of the machine, leaves of a flush. The writes are recorded once; from the
+// record the file is put together as it may stand after a stop at each of them.
+
+namespace kestrelon::jet {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr std::size_t kSector = 512;
+
+// A call of WriteAt, or of Flush where `bytes` is empty.
+struct Step {
+  std::size_t offset = 0;
+  std::vector<std::uint8_t> bytes;
+};
+
+class RecordingFile final : public File {
+ public:
+  RecordingFile(ByteVector bytes, std::vector<Step>& steps)
+      : inner_(OpenMemoryFile(std::move(bytes))), steps_(&steps) {}
+  std::uint64_t Size() const override { return inner_->Size(); }
+  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
+    inner_->ReadAt(offset, bytes);
+  }
+  void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+    steps_->push_back({static_cast<std::size_t>(offset), {bytes.begin(), bytes.end()}});
+    inner_->WriteAt(offset, bytes);
+  }
+  void Flush() override { steps_->push_back({}); }
+
+ private:
+  std::unique_ptr<File> inner_;
+  std::vector<Step>* steps_;
+};
+
+void Write(std::vector<std::uint8_t>& file, std::size_t offset, std::span<const std::uint8_t> bytes) {
+  if (file.size() < offset + bytes.size()) file.resize(offset + bytes.size());
+  std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+// What a file holds: the rows of all tables with their addresses.
+using Content = std::map<std::u16string, Rows>;
+
+Content ContentOf(Database& database) {
+  Content content;
+  for (const std::u16string& name : database.TableNames()) content[name] = ReadAll(database.OpenTable(name));
+  return content;
+}
+
+// Counts what the stops left, and finds fault with everything but the old content, the new one and the
+// refusal.
+struct Outcomes {
+  int old = 0, fresh = 0, refused = 0;
+
+  void Look(const std::vector<std::uint8_t>& file, const Content& before, const Content& after,
+            const std::string& where) {
+    std::unique_ptr<Database> database;
+    const auto bytes = std::make_shared<std::vector<std::uint8_t>>(file);
+    try {
+      database = OpenInMemory(bytes);
+    } catch (const Error& error) {
+      EXPECT_THAT(error.what(), HasSubstr("The database 'memory' is damaged")) << where;
+      ++refused;
+      return;
+    }
+    try {
+      const Content content = ContentOf(*database);
+      EXPECT_TRUE(content == before || content == after) << where;
+      ++(content == after ? fresh : old);
+      EXPECT_THAT(database->Check(), IsEmpty()) << where;
+    } catch (const Error& error) {
+      ADD_FAILURE() << "misread: " << error.what() << " " << where;
+    }
+  }
+};
+
+class Stops {
+ public:
+  explicit Stops(const ByteVector& before)
+      : base_(*before), bytes_(CopyOf(before)), contents_{ContentOf(*OpenInMemory(before))} {}
+
+  // Makes a change and writes it; to be called once for each flush.
+  template <class Change>
+  void Record(Change&& change) {
+    if (!database_) database_ = Database::Open(std::make_unique<RecordingFile>(bytes_, steps_), u"memory");
+    change(*database_);
+    database_->Flush();
+    flushes_.push_back(steps_.size());
+    contents_.push_back(ContentOf(*database_));
+  }
+
+  std::size_t Pages() const { return bytes_->size() / kPageSize; }
+
+  // Tries the stops. `every`: only each so many-th call is stopped at.
+  Outcomes Try(std::size_t every = 1) {
+    Outcomes outcomes;
+    std::vector<std::uint8_t> onDisk = base_;   // what is on the disk for certain
+    std::vector<std::uint8_t> written = base_;  // what was written
+    std::size_t first = 0;                      // the first step that is not on the disk for certain
+    std::size_t flush = 0;
+    for (std::size_t at = 0; at <= steps_.size(); ++at) {
+      if (flush + 1 < flushes_.size() && at > flushes_[flush]) ++flush;
+      const Content &before = contents_[flush], &after = contents_[flush + 1];
+      const std::string where = "at call " + std::to_string(at);
+      if (at % every == 0 || at == steps_.size()) {
+        outcomes.Look(written, before, after, where);
+        LookAtTornWrite(outcomes, written, at, before, after, where);
+        LookAtLostWrites(outcomes, onDisk, first, at, before, after, where);
+      }
+      if (at == steps_.size()) break;
+      if (steps_[at].bytes.empty()) {
+        onDisk = written;
+        first = at + 1;
+      } else {
+        Write(written, steps_[at].offset, steps_[at].bytes);
+      }
+    }
+    return outcomes;
+  }
+
+ private:
+  // All that was written before is there, and the beginning of this write.
+  void LookAtTornWrite(Outcomes& outcomes, const std::vector<std::uint8_t>& written, std::size_t at,
+                       const Content& before, const Content& after, const std::string& where) {
+    if (at == steps_.size()) return;
+    for (const std::size_t torn : {1, 20, 512, 4000, 5000}) {
+      if (torn >= steps_[at].bytes.size()) break;
+      std::vector<std::uint8_t> file = written;
+      Write(file, steps_[at].offset, std::span(steps_[at].bytes).first(torn));
+      outcomes.Look(file, before, after, where + ", torn after " + std::to_string(torn));
+    }
+  }
+
+  // The machine stopped: of what was written since the last flush any sector may be there or not.
+  void LookAtLostWrites(Outcomes& outcomes, const std::vector<std::uint8_t>& onDisk, std::size_t first,
+                        std::size_t last, const Content& before, const Content& after,
+                        const std::string& where) {
+    for (const unsigned kept : {25u, 90u}) {  // percent
+      std::vector<std::uint8_t> file = onDisk;
+      for (std::size_t i = first; i < last; ++i) {
+        const std::span<const std::uint8_t> bytes(steps_[i].bytes);
+        for (std::size_t done = 0; done < bytes.size();) {
+          const std::size_t offset = steps_[i].offset + done;
+          const std::size_t piece = std::min(kSector - offset % kSector, bytes.size() - done);
+          if (random_() % 100 < kept) Write(file, offset, bytes.subspan(done, piece));
+          done += piece;
+        }
+      }
+      outcomes.Look(file, before, after, where + ", sectors lost");
+    }
+  }
+
+  std::vector<std::uint8_t> base_;
+  ByteVector bytes_;
+  std::vector<Content> contents_;
+  std::vector<std::size_t> flushes_;  // number of steps after each
+  std::vector<Step> steps_;
+  std::unique_ptr<Database> database_;
+  std::mt19937 random_{20261121};
+};
+
+// Rows of every shape: short memos that share pages, memos of several pages, a category table with its index.
+ByteVector FileWithRows(int count) {
+  Fixture fixture;
+  for (int i = 0; i < count; ++i) fixture.Insert(VariedRow(i));
+  for (int i = 0; i < 600; ++i) fixture.Tree().Insert(Row(4));
+  fixture.database->Flush();
+  return fixture.bytes;
+}
+
+void UpdateEvery(Table& table, int step, std::size_t column, const Value& value) {
+  int number = 0;
+  for (const auto& [id, row] : ReadAll(table)) {
+    const std::pair<std::size_t, Value> change{column, value};
+    if (number++ % step == 0) table.Update(id, {&change, 1});
+  }
+}
+
+void DeleteEvery(Table& table, int step) {
+  int number = 0;
+  for (const auto& [id, row] : ReadAll(table)) {
+    if (number++ % step == 0) table.Delete(id);
+  }
+}
+
+void InsertRows(Table& table, int first, int count) {
+  for (int i = first; i < first + count; ++i) table.Insert(VariedRow(i));
+}
+
+Outcomes StopEverywhere(const ByteVector& before, const auto& change) {
+  Stops stops(before);
+  stops.Record(change);
+  const Outcomes outcomes = stops.Try();
+  EXPECT_GT(outcomes.old, 0);
+  EXPECT_GT(outcomes.fresh, 0);
+  EXPECT_GT(outcomes.refused, 0);
+  return outcomes;
+}
+
+TEST(StoppedFlush, OfInsertedRowsLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(40), [](Database& database) {
+    InsertRows(database.OpenTable(u"FTable"), 100, 60);
+    InsertRows(database.OpenTable(u"FBackup"), 0, 3);
+  });
+}
+
+TEST(StoppedFlush, OfShortMemosThatShareAPageLeavesTheOldContentTheNewOneOrARefusal) {
+  Fixture fixture;
+  for (int i = 0; i < 100; ++i)
+    fixture.Insert(ItemRow(u"", u"", u"", u"", Repeat(u"文", 60), u"", Repeat(u"short ", 100)));
+  fixture.database->Flush();
+  StopEverywhere(fixture.bytes, [](Database& database) {
+    UpdateEvery(database.OpenTable(u"FTable"), 3, 6, Repeat(u"longer ", 130));
+  });
+}
+
+TEST(StoppedFlush, OfLongMemosLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(60), [](Database& database) {
+    Table& items = database.OpenTable(u"FTable");
+    UpdateEvery(items, 10, 6, Repeat(u"chain of pages ", 12000));
+    UpdateEvery(items, 15, 4, Repeat(u"文件", 3000));
+  });
+}
+
+TEST(StoppedFlush, OfDeletedRowsLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(120), [](Database& database) {
+    DeleteEvery(database.OpenTable(u"FTable"), 3);
+    DeleteEvery(database.OpenTable(u"TreeviewTable"), 2);
+  });
+}
+
+TEST(StoppedFlush, OfAReplacedTableLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(60), [](Database& database) {
+    Table& items = database.OpenTable(u"FTable");
+    items.DeleteAll();
+    InsertRows(items, 200, 80);
+  });
+}
+
+TEST(StoppedFlush, OfCategoriesAndTheirIndexLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(5), [](Database& database) {
+    Table& tree = database.OpenTable(u"TreeviewTable");
+    for (int i = 0; i < 700; ++i)
+      tree.Insert(Row{Value(), u"0_", u"K" + FromUtf8(std::to_string(i)), u"text"});
+    DeleteEvery(tree, 5);
+    UpdateEvery(tree, 7, 3, std::u16string(u"another text"));
+  });
+}
+
+TEST(StoppedFlush, OfEverythingAtOnceLeavesTheOldContentTheNewOneOrARefusal) {
+  StopEverywhere(FileWithRows(100), [](Database& database) {
+    Table &items = database.OpenTable(u"FTable"), &backup = database.OpenTable(u"FBackup");
+    for (const auto& [id, row] : ReadAll(items)) backup.Insert(row);
+    DeleteEvery(items, 4);
+    UpdateEvery(items, 5, 6, Repeat(u"new", 700));
+    InsertRows(items, 300, 20);
+    database.OpenTable(u"TreeviewTable").DeleteAll();
+  });
+}
+
+TEST(StoppedFlush, OfOneOfManyImportsLeavesTheOneBeforeItOrItselfOrARefusal) {
+  Stops stops(CreateInMemory(ProgramTables()));
+  for (int import = 0; import < 4; ++import) {
+    stops.Record(
+        [import](Database& database) { InsertRows(database.OpenTable(u"FTable"), 800 * import, 800); });
+  }
+  EXPECT_GT(stops.Pages(), 512u);  // the map of free pages had to grow on the way
+  const Outcomes outcomes = stops.Try(8);
+  EXPECT_GT(outcomes.old, 0);
+  EXPECT_GT(outcomes.fresh, 0);
+  EXPECT_GT(outcomes.refused, 0);
+}
+
+}  // namespace
+}  // namespace kestrelon::jet
