@@ -132,7 +132,7 @@ void FormatIndexPage(std::uint8_t* page, std::uint32_t definitionPage, bool leaf
 // is none.
 std::size_t NextEnd(const std::uint8_t* page, std::size_t from) {
   std::size_t byte = from / 8;
-  unsigned bits = byte < kEntries - kMask ? page[kMask + byte] >> from % 8 << from % 8 : 0;
+  unsigned bits = byte < kEntries - kMask ? unsigned{page[kMask + byte]} >> from % 8 << from % 8 : 0;
   while (bits == 0 && ++byte < kEntries - kMask) bits = page[kMask + byte];
   return bits == 0 ? kRoom + 1 : 8 * byte + static_cast<std::size_t>(std::countr_zero(bits));
 }
