@@ -1,6 +1,9 @@
-// fuzz-seeds TARGET FOLDER [KEPT]   writes the target's seeds, and the inputs kept in the folder KEPT, as
-// files fuzz-seeds --text FILE            prints a file as the text in which inputs are kept fuzz-seeds
-// --bytes TEXT FILE      the way back
+// fuzz-seeds TARGET FOLDER [KEPT]: writes the target's seeds, and the inputs kept in the folder KEPT, as
+// files.
+//
+// fuzz-seeds --text FILE: prints a file as the text in which inputs are kept.
+//
+// fuzz-seeds --bytes TEXT FILE: the way back.
 
 #include <cstdio>
 #include <exception>

@@ -38,8 +38,9 @@ class Checker {
   // `stale`: the trees of the table are about to be rebuilt, so that they need not fit its rows.
   void CheckTable(const TableImpl& table, bool stale) {
     const TableInternal& internal = table.Internal();
-    const std::string name = ToUtf8(internal.name);
+    const std::string name = internal.name.empty() ? "a table without a name" : ToUtf8(internal.name);
     const TableDef& def = internal.def;
+    if (internal.name.empty()) Fault("a table has no name (page " + std::to_string(def.page) + ")");
     Guard(name, [&] {
       for (const std::uint32_t page : def.pages) Claim(page, name);
       ClaimMap(def.ownedMap, name);

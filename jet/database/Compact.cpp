@@ -445,6 +445,7 @@ void DatabaseImpl::CompactInto(File& destination) {
   std::size_t pagesAtLeast = 0;  // of the old file
   for (const CatalogObject& object : catalog_.Objects()) {
     if (!object.LocalTable()) continue;
+    if (object.name.empty()) ThrowCorrupt("a table has no name", object.id);
     TableImpl& source = TableAt(object.id, object.name);
     pagesAtLeast += 1 + source.Internal().def.indexes.size();
     if (pagesAtLeast > pager_.PageCount()) ThrowCorrupt("tables or indexes share their pages", object.id);

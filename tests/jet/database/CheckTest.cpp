@@ -76,6 +76,11 @@ TEST(Check, FindsARowThatItsIndexLacks) {
   EXPECT_THAT(file.Check(), Contains(HasSubstr("an index lacks a row")));
 }
 
+TEST(Check, FindsATableWithoutAName) {
+  Fixture fixture(std::vector<NewTable>{{u"", {{u"Word", ColumnType::kText, 10, false}}, u""}});
+  EXPECT_THAT(fixture.database->Check(), testing::ElementsAre(HasSubstr("a table has no name")));
+}
+
 TEST(Check, FindsAPageThatIsFreeAndOwned) {
   Faulty file;
   std::uint8_t* map = file.Page(Pager::kGlobalMapPage);

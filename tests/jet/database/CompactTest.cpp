@@ -161,6 +161,12 @@ TEST(CompactInto, RefusesAFileWhoseTablesHaveMoreIndexesThanThereArePages) {
   EXPECT_THROW(OpenInMemory(fixture.bytes)->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
 }
 
+TEST(CompactInto, RefusesATableWithoutAName) {
+  Fixture fixture(std::vector<NewTable>{{u"", {{u"Word", ColumnType::kText, 10, false}}, u""}});
+  auto packed = std::make_shared<std::vector<std::uint8_t>>();
+  EXPECT_THROW(fixture.database->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
+}
+
 TEST(CompactInto, WritesNothingWhenTheSourceIsDamaged) {
   Fixture fixture;
   const RowId row = fixture.Insert(VariedRow(1));
