@@ -1,5 +1,9 @@
 #include "app/Pictures.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
 #include "packaging/resource.h"
 
 namespace kestrelon::app {
@@ -10,18 +14,73 @@ HICON LoadPicture(int id, int pixels, UINT flags) {
       ::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON, pixels, pixels, flags));
 }
 
+BITMAPINFO TopDown(int width, int height) {
+  BITMAPINFO info{};
+  info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  return info;
+}
+
+// Square pictures beside one another, each pixel with its alpha. An image list takes them all at once; icon
+// by icon it costs milliseconds each.
+class Strip {
+ public:
+  Strip(int pixels, int count) : pixels_(pixels), width_(pixels * count) {
+    const BITMAPINFO info = TopDown(width_, pixels);
+    void* memory = nullptr;
+    bitmap_.reset(::CreateDIBSection(dc_.get(), &info, DIB_RGB_COLORS, &memory, nullptr, 0));
+    colors_ = static_cast<std::uint32_t*>(memory);
+  }
+
+  void Put(int position, HICON icon) {
+    ICONINFO parts{};
+    if (!bitmap_ || !::GetIconInfo(icon, &parts)) return;
+    const win::UniqueBitmap colors(parts.hbmColor), mask(parts.hbmMask);
+    std::vector<std::uint32_t> picture(static_cast<std::size_t>(pixels_) * static_cast<std::size_t>(pixels_));
+    BITMAPINFO info = TopDown(pixels_, pixels_);
+    if (::GetDIBits(dc_.get(), colors.get(), 0, static_cast<UINT>(pixels_), picture.data(), &info,
+                    DIB_RGB_COLORS) != pixels_)
+      return;
+    for (int y = 0; y < pixels_; ++y)
+      std::copy_n(picture.begin() + y * pixels_, pixels_, colors_ + y * width_ + position * pixels_);
+  }
+
+  void AddTo(HIMAGELIST list) const {
+    if (bitmap_) ::ImageList_Add(list, bitmap_.get(), Mask().get());
+  }
+
+ private:
+  // A 1 for each pixel that is not there at all; rows of whole words, the highest bit leftmost.
+  win::UniqueBitmap Mask() const {
+    const int rowBytes = (width_ + 15) / 16 * 2;
+    std::vector<std::uint8_t> bits(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(pixels_));
+    for (int y = 0; y < pixels_; ++y) {
+      for (int x = 0; x < width_; ++x) {
+        if (colors_[y * width_ + x] >> 24 == 0)
+          bits[static_cast<std::size_t>(y * rowBytes + x / 8)] |= static_cast<std::uint8_t>(0x80 >> x % 8);
+      }
+    }
+    return win::UniqueBitmap(::CreateBitmap(width_, pixels_, 1, 1, bits.data()));
+  }
+
+  int pixels_, width_;
+  win::UniqueDc dc_{::CreateCompatibleDC(nullptr)};
+  win::UniqueBitmap bitmap_;
+  std::uint32_t* colors_ = nullptr;
+};
+
 }  // namespace
 
 win::UniqueImageList LoadPictures(std::initializer_list<int> iconIds, int pixels) {
-  win::UniqueImageList list(
-      ::ImageList_Create(pixels, pixels, ILC_COLOR32 | ILC_MASK, static_cast<int>(iconIds.size()), 0));
-  ::ImageList_SetImageCount(list.get(), static_cast<UINT>(iconIds.size()));
+  const int count = static_cast<int>(iconIds.size());
+  Strip strip(pixels, count);
   int position = 0;
   for (const int id : iconIds) {
-    const win::UniqueIcon icon(LoadPicture(id, pixels, LR_DEFAULTCOLOR));
-    if (icon) ::ImageList_ReplaceIcon(list.get(), position, icon.get());
+    if (const win::UniqueIcon icon(LoadPicture(id, pixels, LR_DEFAULTCOLOR)); icon)
+      strip.Put(position, icon.get());
     ++position;
   }
+  win::UniqueImageList list(::ImageList_Create(pixels, pixels, ILC_COLOR32 | ILC_MASK, 0, count));
+  strip.AddTo(list.get());
   return list;
 }
 

@@ -44,6 +44,8 @@ using UniqueMenu = Unique<HMENU, ::DestroyMenu>;
 using UniqueImageList = Unique<HIMAGELIST, ::ImageList_Destroy>;
 using UniqueFont = Unique<HFONT, &DeleteGdi<HFONT>>;
 using UniqueIcon = Unique<HICON, ::DestroyIcon>;
+using UniqueBitmap = Unique<HBITMAP, &DeleteGdi<HBITMAP>>;
+using UniqueDc = Unique<HDC, ::DeleteDC>;
 using UniqueBrush = Unique<HBRUSH, &DeleteGdi<HBRUSH>>;
 template <class T>
 using ComPtr = Unique<T*, &ReleaseCom<T>>;
