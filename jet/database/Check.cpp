@@ -175,10 +175,13 @@ class Checker {
         }
         const RowView view(place.bytes, place.size, table.HasVariableColumns(), place.page);
         for (std::size_t position = 0; position < table.stored.size(); ++position) {
-          ReadField(table, view, position, value);
-          const StoredColumn& column = table.stored[position];
-          if (column.LongValue() && view.Has(column.number))
-            UsePieces(table, position, view.Field(column), pieces);
+          // One by one: a fault in one column says nothing of the long values of the others.
+          Guard(name, [&] {
+            const StoredColumn& column = table.stored[position];
+            if (column.LongValue() && view.Has(column.number))
+              UsePieces(table, position, view.Field(column), pieces);
+            ReadField(table, view, position, value);
+          });
         }
       });
     }

@@ -54,6 +54,21 @@ TEST(Check, FindsALongValueThatBelongsToNoRow) {
   EXPECT_THAT(file.Check(), Contains(HasSubstr("a long value belongs to no row")));
 }
 
+TEST(Check, FindsABrokenTextAndStillTheLongValuesOfItsRow) {
+  Faulty file;
+  const RowId row = file.fixture.Insert(ItemRow(u"K", u"1#K", u"\u6F22\u5B57", u"\u6F22\u5B57",
+                                                Repeat(u"path", 5000), u"now", Repeat(u"comment", 5000)));
+  file.fixture.database->Flush();
+  std::uint8_t* page = file.Page(static_cast<std::uint32_t>(row) >> 8);
+  std::uint8_t* end = page + data_page::End(page, static_cast<std::uint32_t>(row) & 0xFF);
+  // From the end of the row: the mask, the number of columns, the places of columns 0, 1, 2 and 3. The last
+  // of them one byte to the left cuts the third text.
+  std::uint8_t* place = end - 1 - 2 - 4 * 2;
+  Put16(place, Get16(place) - 1u);
+  EXPECT_THAT(file.Check(), testing::AllOf(testing::Not(testing::IsEmpty()),
+                                           testing::Each(HasSubstr("a text ends within a character"))));
+}
+
 TEST(Check, FindsALostLongValue) {
   Faulty file;
   data_page::Delete(file.Page(file.longValues), 0);
