@@ -163,7 +163,6 @@ void MainForm::WireDrags() {
   treeDrops_.events.drop = [&parts](IDataObject& data, POINT point) {
     return tree::TreeView1_OLEDragDrop(parts, data, point);
   };
-  treeDrops_.Register(TreeView1_.Handle());
 
   listDrops_.events.dragOver = [&parts](IDataObject& data, POINT point) {
     return imports::ListView1_OLEDragOver(parts, data, point);
@@ -171,7 +170,6 @@ void MainForm::WireDrags() {
   listDrops_.events.drop = [&parts](IDataObject& data, POINT point) {
     return imports::ListView1_OLEDragDrop(parts, data, point);
   };
-  listDrops_.Register(ListView1_.Handle());
 }
 
 void MainForm::LoadPicturesForDpi() {
@@ -462,6 +460,11 @@ void MainForm::ShowNow(int show) {
   ::ShowWindow(Handle(), show);
   ::UpdateWindow(Handle());
   ::SetFocus(parts_.Text1);
+}
+
+void MainForm::TakeDrops() {
+  treeDrops_.Register(TreeView1_.Handle());
+  listDrops_.Register(ListView1_.Handle());
 }
 
 }  // namespace kestrelon::app

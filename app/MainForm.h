@@ -31,6 +31,8 @@ class MainForm : public win::Form {
   // Makes the window and loads everything; the window is not shown yet.
   void Load();
   void ShowNow(int show);
+  // From now on files can be dropped on both panes. Throws std::system_error where OLE is not initialised.
+  void TakeDrops();
 
   win::ListView* LocalisedHeaders() override { return &ListView1_; }
   // What the folders below see; for tests as well.

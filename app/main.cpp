@@ -10,12 +10,16 @@
 
 namespace {
 
-// OLE for the whole run of the program: drag and drop, the clipboard.
-struct OleApartment {
-  const HRESULT result = ::OleInitialize(nullptr);
+// OLE, which drag and drop needs, until the program ends.
+class OleApartment {
+ public:
   ~OleApartment() {
-    if (SUCCEEDED(result)) ::OleUninitialize();
+    if (entered_) ::OleUninitialize();
   }
+  void Enter() { entered_ = SUCCEEDED(::OleInitialize(nullptr)); }
+
+ private:
+  bool entered_ = false;
 };
 
 int Run(int show) {
@@ -29,10 +33,14 @@ int Run(int show) {
       return 0;
     }
     if (!app::Connect(program, world)) return 1;
+    OleApartment ole;
     app::MainForm mainForm(program, world);
     mainForm.SetWakeMark(instance.FolderMark());
     mainForm.Load();
     mainForm.ShowNow(show);
+    // Nobody can drop anything before: the user sees the window that much sooner.
+    ole.Enter();
+    mainForm.TakeDrops();
     MSG message;
     while (win::PumpOneMessage(message)) {
     }
@@ -45,6 +53,5 @@ int Run(int show) {
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int show) {
   const INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
   ::InitCommonControlsEx(&classes);
-  const OleApartment ole;
   return Run(show);
 }

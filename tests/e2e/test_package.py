@@ -3,7 +3,7 @@ import re
 import subprocess
 
 # Whatever else the program needs it loads when it is first needed: the others cost a third of the start.
-AT_THE_START = {"advapi32.dll", "comctl32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll", "user32.dll"}
+AT_THE_START = {"advapi32.dll", "comctl32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "user32.dll"}
 
 
 def test_few_libraries_are_loaded_at_the_start(package, out):

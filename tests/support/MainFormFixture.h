@@ -126,6 +126,7 @@ class MainFormFixture : public testing::Test {
     });
     form->Load();
     form->ShowNow(SW_SHOWNORMAL);
+    form->TakeDrops();
     win::DoEvents();
   }
   void End() {
