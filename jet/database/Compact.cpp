@@ -124,6 +124,7 @@ class TableCopy {
       IndexEntries entries = indexes_[index].keysKnown ? std::move(indexes_[index].entries)
                                                        : EntriesOfOldTree(*indexes_[index].old);
       entries.Sort();
+      if (!indexes_[index].keysKnown) CheckTakenKeys(indexes_[index], entries);
       RealIndex& built = target_.Internal().def.indexes[index];
       if (built.Unique()) RefuseRepeatedKeys(built, entries);
       BuildIndex(*target_.Internal().pager, target_.Internal().def.page, built, entries);
@@ -361,19 +362,26 @@ class TableCopy {
           LongKey(static_cast<std::int32_t>(Get32(number.data())), index.old->columns[0].ascending), now);
       return;
     }
+    switch (MakeKey(index, table, row)) {
+      case Key::kMade: index.entries.Add(key_, now); break;
+      case Key::kNone: break;
+      case Key::kUnknown: index.keysKnown = false; index.entries = IndexEntries();
+    }
+  }
+
+  enum class Key { kMade, kNone, kUnknown };  // kNone: a row that has no entry
+  // Makes `key_` of a row.
+  Key MakeKey(const IndexCopy& index, const TableInternal& table, const RowView& row) {
     key_.clear();
     bool allNull = true;
     for (std::size_t i = 0; i < index.positions.size(); ++i) {
       const std::size_t position = index.positions[i];
       ReadField(table, row, position, value_);
       allNull = allNull && IsNull(value_);
-      if (!AppendKey(table.stored[position], value_, index.old->columns[i].ascending, key_)) {
-        index.keysKnown = false;
-        index.entries = IndexEntries();
-        return;
-      }
+      if (!AppendKey(table.stored[position], value_, index.old->columns[i].ascending, key_))
+        return Key::kUnknown;
     }
-    if (!allNull || !index.old->IgnoresNulls()) index.entries.Add(key_, now);
+    return allNull && index.old->IgnoresNulls() ? Key::kNone : Key::kMade;
   }
 
   // Takes the keys from the old index: exact, whatever its sort order is.
@@ -392,6 +400,17 @@ class TableCopy {
       ThrowCorrupt("an index does not fit the rows", source_.def.page);
     }
     return entries;
+  }
+
+  // Where we can make a row's key, the old tree must have had the same: a damaged index is not handed on.
+  void CheckTakenKeys(const IndexCopy& index, const IndexEntries& entries) {
+    for (const auto& [old, now] : moved_) {
+      const RowPlace place = FindRow(source_, old);
+      const RowView row(place.bytes, place.size, source_.HasVariableColumns(), place.page);
+      if (MakeKey(index, source_, row) == Key::kMade && !entries.Contains(key_, now))
+        ThrowCorrupt("an index has another key for a row", source_.def.page);
+      LetGo(true);
+    }
   }
 
   const TableInternal& source_;

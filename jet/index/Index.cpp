@@ -241,6 +241,16 @@ void IndexEntries::Add(std::span<const std::uint8_t> key, RowId row) {
   PutBig32(bytes_.data() + offset + key.size(), static_cast<std::uint32_t>(row));
 }
 
+bool IndexEntries::Contains(const std::string& key, RowId row) const {
+  std::vector<std::uint8_t> entry(key.begin(), key.end());
+  entry.resize(key.size() + kRowPointer);
+  PutBig32(entry.data() + key.size(), static_cast<std::uint32_t>(row));
+  const auto found =
+      std::lower_bound(places_.begin(), places_.end(), std::span<const std::uint8_t>(entry),
+                       [this](const Place& a, std::span<const std::uint8_t> b) { return Less(At(a), b); });
+  return found != places_.end() && std::ranges::equal(At(*found), entry);
+}
+
 void IndexEntries::Sort() {
   if (InOrder()) return;
   std::sort(places_.begin(), places_.end(),

@@ -35,6 +35,8 @@ class IndexEntries {
   std::size_t size() const { return places_.size(); }
   // How many keys differ; once sorted.
   std::size_t Distinct() const { return distinct_; }
+  // Once sorted.
+  bool Contains(const std::string& key, RowId row) const;
   // Key, then page (24 bits, big-endian) and slot.
   std::span<const std::uint8_t> operator[](std::size_t i) const { return At(places_[i]); }
 

@@ -1,5 +1,8 @@
+#include <algorithm>
+
 #include "jet/database/DatabaseInternal.h"
 #include "tests/jet/Support.h"
+#include "tests/jet/index/AddIndex.h"
 
 namespace kestrelon::jet {
 namespace {
@@ -159,6 +162,34 @@ TEST(CompactInto, RefusesAFileWhoseTablesHaveMoreIndexesThanThereArePages) {
   database.Flush();
   auto packed = std::make_shared<std::vector<std::uint8_t>>();
   EXPECT_THROW(OpenInMemory(fixture.bytes)->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
+}
+
+// A file with an index over a text that has no key which we could make, so that a copy takes its keys from
+// the old tree. The other text is found once more: `spoil` changes it behind the index's back.
+ByteVector FileWithATextWithoutKey(bool spoil) {
+  Fixture fixture;
+  fixture.Insert(ItemRow(u"K", u"1#K", u"\u0152uvre", u"", u"", u"", u""));  // not stored as single bytes
+  fixture.Insert(ItemRow(u"K", u"2#K", u"beta", u"", u"", u"", u""));
+  AddIndex(*fixture.database, u"FTable", {{u"DefineName"}});
+  fixture.database->Flush();
+  const auto replace = [&](std::vector<std::uint8_t> from, std::vector<std::uint8_t> to) {
+    const auto found = std::search(fixture.bytes->begin(), fixture.bytes->end(), from.begin(), from.end());
+    ASSERT_NE(found, fixture.bytes->end());
+    std::copy(to.begin(), to.end(), found);
+  };
+  replace({0x52, 0x01, 'u', 0, 'v', 0}, {0x22, 0x6F, 'u', 0, 'v', 0});
+  if (spoil) replace({0xFF, 0xFE, 'b', 'e', 't', 'a'}, {0xFF, 0xFE, 'z', 'e', 't', 'a'});
+  return fixture.bytes;
+}
+
+TEST(CompactInto, TakesTheKeysOfTheOldTreeForATextWithoutAKey) {
+  const ByteVector packed = Compact(*OpenInMemory(FileWithATextWithoutKey(false)));
+  EXPECT_THAT(OpenInMemory(packed)->Check(), IsEmpty());
+}
+
+TEST(CompactInto, DoesNotHandOnAWrongKeyOfTheOldTree) {
+  const ByteVector file = FileWithATextWithoutKey(true);
+  EXPECT_THROW(Compact(*OpenInMemory(file)), CorruptFile);
 }
 
 TEST(CompactInto, RefusesATableWithoutAName) {
