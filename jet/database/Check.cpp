@@ -297,6 +297,11 @@ std::vector<std::string> DatabaseImpl::Check() {
   std::vector<std::string> faults;
   Checker checker(pager_, faults);
   checker.CheckGlobalMap();
+  const auto listsItself = [](const CatalogObject& object) {
+    return object.LocalTable() && object.id == engine_table::kObjects;
+  };
+  if (std::ranges::none_of(catalog_.Objects(), listsItself))
+    faults.emplace_back("the catalog does not list itself");
   for (const CatalogObject& object : catalog_.Objects()) {
     if (!object.LocalTable()) continue;
     checker.Guard(ToUtf8(object.name), [&] {

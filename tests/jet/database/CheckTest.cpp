@@ -91,6 +91,20 @@ TEST(Check, FindsARowThatItsIndexLacks) {
   EXPECT_THAT(file.Check(), Contains(HasSubstr("an index lacks a row")));
 }
 
+TEST(Check, FindsACatalogThatDoesNotListItself) {
+  Faulty file;
+  constexpr std::uint32_t kCatalog = 2;
+  for (std::uint32_t page = 6; page * kPageSize < file.fixture.bytes->size(); ++page) {
+    std::uint8_t* bytes = file.Page(page);
+    if (bytes[0] != page_type::kData || data_page::Owner(bytes) != kCatalog) continue;
+    for (std::size_t slot = 0; slot < data_page::SlotCount(bytes); ++slot) {
+      std::uint8_t* id = bytes + data_page::Start(bytes, slot) + 2;  // behind the number of columns
+      if (Get32(id) == kCatalog) Put32(id, 0x0F00000F);
+    }
+  }
+  EXPECT_THAT(file.Check(), Contains(HasSubstr("the catalog does not list itself")));
+}
+
 TEST(Check, FindsATableWithoutAName) {
   Fixture fixture(std::vector<NewTable>{{u"", {{u"Word", ColumnType::kText, 10, false}}, u""}});
   EXPECT_THAT(fixture.database->Check(), testing::ElementsAre(HasSubstr("a table has no name")));
