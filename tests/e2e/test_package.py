@@ -2,7 +2,7 @@
 import re
 import subprocess
 
-# Whatever else the program needs it loads when it is first needed: the others cost a third of the start.
+# Whatever else the program needs it loads when it is first needed: loading it would delay the window.
 AT_THE_START = {"advapi32.dll", "comctl32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "user32.dll"}
 
 
