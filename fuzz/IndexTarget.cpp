@@ -18,7 +18,6 @@
 
 #include "fuzz/PageMutator.h"
 #include "fuzz/Target.h"
-#include "jet/base/Error.h"
 #include "jet/catalog/Layout.h"
 #include "jet/index/Index.h"
 #include "jet/index/TextKey.h"
@@ -34,16 +33,6 @@ using namespace jet;
 constexpr std::uint32_t kDefinition = 64;  // the number alone is of importance
 constexpr std::size_t kValues = 32;
 constexpr std::size_t kMostEntries = 200;
-
-template <class Body>
-bool Try(Body&& body) {
-  try {
-    body();
-    return true;
-  } catch (const Error&) {
-    return false;
-  }
-}
 
 class Values {
  public:

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "fuzz/Target.h"
-#include "jet/base/Error.h"
 #include "jet/database/Database.h"
 #include "jet/page/GlobalMap.h"
 #include "jet/page/Pager.h"
@@ -16,17 +15,6 @@ namespace kestrelon::fuzz {
 namespace {
 
 using namespace jet;
-
-// Runs what may fail with an Error.
-template <class Body>
-bool Try(Body&& body) {
-  try {
-    body();
-    return true;
-  } catch (const Error&) {
-    return false;
-  }
-}
 
 // The same in a transaction that is taken back.
 template <class Body>

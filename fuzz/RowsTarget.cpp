@@ -11,7 +11,6 @@
 #include "fuzz/PageMutator.h"
 #include "fuzz/RowsInput.h"
 #include "fuzz/Target.h"
-#include "jet/base/Error.h"
 #include "jet/catalog/Layout.h"
 #include "jet/database/Table.h"
 #include "jet/page/DataPage.h"
@@ -25,16 +24,6 @@ namespace kestrelon::fuzz {
 namespace {
 
 using namespace jet;
-
-template <class Body>
-bool Try(Body&& body) {
-  try {
-    body();
-    return true;
-  } catch (const Error&) {
-    return false;
-  }
-}
 
 // Two values are the same; a number that is none is the same as any other such.
 bool Same(const Value& a, const Value& b) {

@@ -34,16 +34,6 @@ std::u16string Quoted(std::u16string_view text) {
   return quoted + u"\"";
 }
 
-template <class Body>
-bool Try(Body&& body) {
-  try {
-    body();
-    return true;
-  } catch (const Error&) {
-    return false;
-  }
-}
-
 using SharedBytes = std::shared_ptr<InputBytes>;
 
 // Throws unless the file has every table and column of the program, each row of which can be read.

@@ -6,7 +6,6 @@
 
 #include "fuzz/Seeds.h"
 #include "fuzz/Target.h"
-#include "jet/base/Error.h"
 #include "jet/database/Database.h"
 #include "jet/sql/Executor.h"
 
@@ -55,15 +54,9 @@ void RunSql(Input input) {
     const std::size_t end = std::min(text.find(u'\0', start), text.size());
     const std::u16string_view statement = std::u16string_view(text).substr(start, end - start);
     start = end + 1;
-    try {
-      changed += executor.Execute(statement);
-    } catch (const Error&) {
-      // Faulty statements are the rule here.
-    }
-    try {
-      executor.Select(statement);
-    } catch (const Error&) {
-    }
+    // Faulty statements are the rule here.
+    Try([&] { changed += executor.Execute(statement); });
+    Try([&] { executor.Select(statement); });
   }
   ExpectSound(*database, "after the statements");
   if (changed == 0) return;

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "jet/base/Error.h"
+
 namespace kestrelon::fuzz {
 
 using Input = std::span<const std::uint8_t>;
@@ -25,6 +27,17 @@ class Finding : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// Runs what may fail with the engine's error; whether it did not.
+template <class Body>
+bool Try(Body&& body) {
+  try {
+    body();
+    return true;
+  } catch (const jet::Error&) {
+    return false;
+  }
+}
 
 struct Seed {
   std::string name;  // fit for a file
