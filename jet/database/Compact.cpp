@@ -52,11 +52,6 @@ TableDef CopyDefinition(const TableInternal& source) {
   return def;
 }
 
-// What to reserve for; a damaged count must not cost memory.
-std::uint32_t LikelyRows(const TableInternal& table) {
-  return table.def.rowCount <= 1u << 20 ? table.def.rowCount : 0;
-}
-
 // An index of a table being copied: its entries are collected as the rows are laid down, unless a row has a
 // key that we cannot make; then all keys are taken from the old tree.
 struct IndexCopy {
@@ -69,7 +64,7 @@ struct IndexCopy {
       mayLackKeys = mayLackKeys || !keysKnown || table.stored[*position].Text();
     }
     number = positions.size() == 1 && table.stored[positions.front()].Is(ColumnType::kLong);
-    if (keysKnown) entries.Reserve(LikelyRows(table), 5 * positions.size());
+    if (keysKnown) entries.Reserve(table.LikelyRows(), 5 * positions.size());
   }
 
   const RealIndex* old;
@@ -158,7 +153,7 @@ class TableCopy {
 
   std::vector<RowId> RowsInOrderOf(const RealIndex& index) const {
     std::vector<RowId> rows;
-    rows.reserve(LikelyRows(source_));
+    rows.reserve(source_.LikelyRows());
     IndexWalk walk;
     walk.entry = [&rows](std::span<const std::uint8_t>, RowId row) { rows.push_back(row); };
     WalkIndex(*source_.pager, source_.def.page, index, walk);

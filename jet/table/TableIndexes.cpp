@@ -220,7 +220,7 @@ void TableIndexes::Rebuild() {
 IndexEntries CollectEntries(const TableInternal& table, const RealIndex& index) {
   const std::vector<std::size_t> positions = PositionsOf(table, index);
   IndexEntries entries;
-  entries.Reserve(table.def.rowCount < (1u << 20) ? table.def.rowCount : 0, 5 * positions.size());
+  entries.Reserve(table.LikelyRows(), 5 * positions.size());
   std::string key;
   Value value;
   for (Cursor cursor(table); cursor.Next();) {

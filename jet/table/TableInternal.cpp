@@ -72,6 +72,10 @@ std::uint64_t SharableBytes(const TableInternal& table, const std::vector<const 
 
 }  // namespace
 
+std::size_t TableInternal::LikelyRows() const {
+  return std::min<std::size_t>(def.rowCount, rows.Pages().size() * kMostSlots);
+}
+
 void TableInternal::LookAtSize() const {
   std::vector<const StoredColumn*> longColumns;
   for (const StoredColumn& column : stored) {

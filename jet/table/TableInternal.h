@@ -35,6 +35,8 @@ struct TableInternal {
   void CheckSize() const {
     if (!sizeChecked_) LookAtSize();
   }
+  // What to reserve memory for: the count of the definition, but no more than the table's pages can hold.
+  std::size_t LikelyRows() const;
   // One wrong length may count as much as the whole file, and is no reason to refuse the other rows.
   std::uint64_t MostSharableBytes() const { return 4 * std::uint64_t{pager->PageCount()} * kPageSize; }
   [[noreturn]] void ThrowOversize() const {
