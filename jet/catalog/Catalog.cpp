@@ -66,6 +66,17 @@ void Catalog::Read(const TableInternal& objects) {
                    [](const CatalogObject& a, const CatalogObject& b) { return a.id < b.id; });
 }
 
+std::optional<std::uint32_t> Catalog::MissingEngineTable() const {
+  using namespace engine_table;
+  for (const std::uint32_t page : {kObjects, kAces, kQueries, kRelationships}) {
+    const auto isIt = [page](const CatalogObject& object) {
+      return object.LocalTable() && object.id == page;
+    };
+    if (std::none_of(objects_.begin(), objects_.end(), isIt)) return page;
+  }
+  return std::nullopt;
+}
+
 const CatalogObject* Catalog::FindTable(std::u16string_view name) const {
   for (const CatalogObject& object : objects_) {
     if (object.LocalTable() && EqualNames(object.name, name)) return &object;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,8 @@ class Catalog {
   const std::vector<CatalogObject>& Objects() const { return objects_; }
   // A local table, without regard to case.
   const CatalogObject* FindTable(std::u16string_view name) const;
+  // The page of an engine's table that is not listed; a sound file lists all four.
+  std::optional<std::uint32_t> MissingEngineTable() const;
 
  private:
   std::vector<CatalogObject> objects_;

@@ -297,11 +297,8 @@ std::vector<std::string> DatabaseImpl::Check() {
   std::vector<std::string> faults;
   Checker checker(pager_, faults);
   checker.CheckGlobalMap();
-  const auto listsItself = [](const CatalogObject& object) {
-    return object.LocalTable() && object.id == engine_table::kObjects;
-  };
-  if (std::ranges::none_of(catalog_.Objects(), listsItself))
-    faults.emplace_back("the catalog does not list itself");
+  if (const auto missing = catalog_.MissingEngineTable())
+    faults.push_back("the catalog does not list the engine's table of page " + std::to_string(*missing));
   for (const CatalogObject& object : catalog_.Objects()) {
     if (!object.LocalTable()) continue;
     checker.Guard(ToUtf8(object.name), [&] {

@@ -446,6 +446,8 @@ void DatabaseImpl::CompactInto(File& destination) {
   if (pager_.InTransaction())
     throw Error(code::kGeneric, u"A database cannot be compacted within a transaction.");
   RefuseReplicas(catalog_);
+  if (const auto missing = catalog_.MissingEngineTable())
+    ThrowCorrupt("the catalog does not list one of the engine's tables", *missing);
   Settle();
 
   DatabaseImpl target({pager_.Read(0), kPageSize});
@@ -471,8 +473,6 @@ void DatabaseImpl::CompactInto(File& destination) {
     LayDownTable(target.Pages(), engine ? engineMaps : ownMaps, def);
     tables.push_back({&source, &target.TableAt(def.page, object.name)});
   }
-  if (!ids.contains(engine_table::kObjects))
-    ThrowCorrupt("the catalog does not list itself", engine_table::kObjects);
   for (const CatalogObject& object : catalog_.Objects()) {
     const bool clash = !object.LocalTable() && std::any_of(ids.begin(), ids.end(), [&](const auto& each) {
       return each.second == object.id;

@@ -91,18 +91,29 @@ TEST(Check, FindsARowThatItsIndexLacks) {
   EXPECT_THAT(file.Check(), Contains(HasSubstr("an index lacks a row")));
 }
 
-TEST(Check, FindsACatalogThatDoesNotListItself) {
-  Faulty file;
+// Gives the catalog's row of a table another object's number.
+void Unlist(Faulty& file, std::uint32_t table) {
   constexpr std::uint32_t kCatalog = 2;
   for (std::uint32_t page = 6; page * kPageSize < file.fixture.bytes->size(); ++page) {
     std::uint8_t* bytes = file.Page(page);
     if (bytes[0] != page_type::kData || data_page::Owner(bytes) != kCatalog) continue;
     for (std::size_t slot = 0; slot < data_page::SlotCount(bytes); ++slot) {
       std::uint8_t* id = bytes + data_page::Start(bytes, slot) + 2;  // behind the number of columns
-      if (Get32(id) == kCatalog) Put32(id, 0x0F00000F);
+      if (Get32(id) == table) Put32(id, 0x0F00000F);
     }
   }
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("the catalog does not list itself")));
+}
+
+TEST(Check, FindsACatalogThatDoesNotListItselfOrAnotherOfTheEnginesTables) {
+  for (const std::uint32_t table : {2u, 3u, 4u, 5u}) {
+    Faulty file;
+    Unlist(file, table);
+    EXPECT_THAT(file.Check(),
+                Contains("the catalog does not list the engine's table of page " + std::to_string(table)));
+    EXPECT_THROW(OpenInMemory(file.fixture.bytes)
+                     ->CompactInto(*OpenMemoryFile(std::make_shared<std::vector<std::uint8_t>>())),
+                 CorruptFile);
+  }
 }
 
 TEST(Check, FindsATableWithoutAName) {
