@@ -132,7 +132,11 @@ class Desktop:
         answer.unlink(missing_ok=True)
         tool = ROOT / "build/windows-debug/bin/windowlist.exe"
         self.start(tool, r"C:\windows.txt")
-        wait_for("the list of windows", answer.exists)
+        try:
+            wait_for("the list of windows", answer.exists, 10)
+        except Failure:  # on a busy machine Wine now and then does not get a program started
+            self.start(tool, r"C:\windows.txt")
+            wait_for("the list of windows", answer.exists)
         return [Window(line) for line in answer.read_text("utf-8").splitlines()]
 
     def window(self, caption=None, kind=None, id=None, seconds=20):
