@@ -27,13 +27,13 @@ int Run(int show) {
   OutsideWorld world = SystemWorld();
   Program program = app::NameProgram(app::ExecutableFolder(), app::EnvironmentValue(L"APPDATA"));
   return win::InRoutine(world, nullptr, program.productName, 1, [&] {
+    OleApartment ole;  // leaving it takes a while: a next start must not find this one still there
     const app::SingleInstance instance(program.dataFolder);
     if (!instance.IsFirst()) {
       instance.WakeTheOther();
       return 0;
     }
     if (!app::Connect(program, world)) return 1;
-    OleApartment ole;
     app::MainForm mainForm(program, world);
     mainForm.SetWakeMark(instance.FolderMark());
     mainForm.Load();
