@@ -416,7 +416,7 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   if (cSysTray1_.OnMessage(message, wParam, lParam)) return 0;
   if (message == SingleInstance::WakeMessage() && wParam == wakeMark_) {
     cSysTray1_Activated();
-    return 0;
+    return SingleInstance::kAwake;
   }
   switch (message) {
     case WM_SIZE: Form_Resize(wParam); return 0;

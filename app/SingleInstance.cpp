@@ -7,6 +7,9 @@
 namespace kestrelon::app {
 namespace {
 
+constexpr DWORD kLookAgain = 50;  // milliseconds between two looks for the other's window
+constexpr UINT kPatience = 2000;  // milliseconds that a window may take to answer
+
 // FNV-1a over the folder in lower case: the same folder gives the same mark in every process.
 std::uint32_t MarkOf(std::wstring folder) {
   ::CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
@@ -17,12 +20,30 @@ std::uint32_t MarkOf(std::wstring folder) {
 
 }  // namespace
 
-SingleInstance::SingleInstance(const std::wstring& dataFolder) : mark_(MarkOf(dataFolder)), first_(true) {
+SingleInstance::SingleInstance(const std::wstring& dataFolder) : mark_(MarkOf(dataFolder)) {
   const std::wstring name = L"Local\\KestrelonData-" + std::to_wstring(mark_);
   mutex_.reset(::CreateMutexW(nullptr, FALSE, name.c_str()));
-  const DWORD error = ::GetLastError();
-  if (!mutex_) ThrowLastError(L"Looking for a running Kestrelon", error);
-  first_ = error != ERROR_ALREADY_EXISTS;
+  if (!mutex_) ThrowLastError(L"Looking for a running Kestrelon");
+  Take(0);
+}
+
+SingleInstance::~SingleInstance() {
+  if (first_) ::ReleaseMutex(mutex_.get());
+}
+
+bool SingleInstance::Take(DWORD milliseconds) {
+  const DWORD result = ::WaitForSingleObject(mutex_.get(), milliseconds);
+  if (result == WAIT_FAILED) ThrowLastError(L"Waiting for a running Kestrelon");
+  first_ = result != WAIT_TIMEOUT;  // also when the other was ended from outside
+  return first_;
+}
+
+bool SingleInstance::BecomeFirst(DWORD milliseconds) {
+  const ULONGLONG start = ::GetTickCount64();
+  while (!first_ && !WakeTheOther() && !Take(kLookAgain)) {
+    if (::GetTickCount64() - start >= milliseconds) break;
+  }
+  return first_;
 }
 
 UINT SingleInstance::WakeMessage() {
@@ -30,12 +51,16 @@ UINT SingleInstance::WakeMessage() {
   return message;
 }
 
-void SingleInstance::WakeTheOther() const {
+bool SingleInstance::WakeTheOther() const {
   ::AllowSetForegroundWindow(ASFW_ANY);
   for (HWND window = nullptr;
        (window = ::FindWindowExW(nullptr, window, kMainFormClass, nullptr)) != nullptr;) {
-    ::PostMessageW(window, WakeMessage(), mark_, 0);
+    DWORD_PTR answer = 0;
+    if (::SendMessageTimeoutW(window, WakeMessage(), mark_, 0, SMTO_ABORTIFHUNG, kPatience, &answer) != 0 &&
+        static_cast<LRESULT>(answer) == kAwake)
+      return true;
   }
+  return false;
 }
 
 }  // namespace kestrelon::app

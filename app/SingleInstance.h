@@ -12,19 +12,30 @@ namespace kestrelon::app {
 class SingleInstance {
  public:
   explicit SingleInstance(const std::wstring& dataFolder);
-  // False when another process holds this data folder.
-  bool IsFirst() const { return first_; }
-  // Asks the process that holds the folder to bring its window to the front.
-  void WakeTheOther() const;
+  ~SingleInstance();  // in the thread that made it
+  SingleInstance(const SingleInstance&) = delete;
+  SingleInstance& operator=(const SingleInstance&) = delete;
 
-  // The message that WakeTheOther() posts to main windows; wParam tells the data folder.
+  // False while another process holds this data folder.
+  bool IsFirst() const { return first_; }
+  // Brings the window of the process that holds the folder to the front, and gives false then. That process
+  // may be just starting or just ending and have no window: waits for either, at most `milliseconds`, and
+  // gives true when it has gone and this one is the first now.
+  bool BecomeFirst(DWORD milliseconds);
+
+  // What a main window is asked by; wParam tells the data folder. The window that serves this folder comes to
+  // the front and answers with kAwake.
   static UINT WakeMessage();
+  static constexpr LRESULT kAwake = 1;
   WPARAM FolderMark() const { return mark_; }
 
  private:
+  bool Take(DWORD milliseconds);  // sets first_
+  bool WakeTheOther() const;      // did a window answer?
+
   win::Unique<HANDLE, ::CloseHandle> mutex_;
   WPARAM mark_;
-  bool first_;
+  bool first_ = false;
 };
 
 // The class of the main window, by which a second start finds it.

@@ -10,6 +10,9 @@
 
 namespace {
 
+// Milliseconds that a start waits for another one that holds the data folder and shows no window.
+constexpr DWORD kPatience = 10'000;
+
 // OLE, which drag and drop needs, until the program ends.
 class OleApartment {
  public:
@@ -28,11 +31,8 @@ int Run(int show) {
   Program program = app::NameProgram(app::ExecutableFolder(), app::EnvironmentValue(L"APPDATA"));
   return win::InRoutine(world, nullptr, program.productName, 1, [&] {
     OleApartment ole;  // leaving it takes a while: a next start must not find this one still there
-    const app::SingleInstance instance(program.dataFolder);
-    if (!instance.IsFirst()) {
-      instance.WakeTheOther();
-      return 0;
-    }
+    app::SingleInstance instance(program.dataFolder);
+    if (!instance.BecomeFirst(kPatience)) return 0;
     if (!app::Connect(program, world)) return 1;
     app::MainForm mainForm(program, world);
     mainForm.SetWakeMark(instance.FolderMark());

@@ -65,7 +65,8 @@ std::vector<std::string> Faults(const SharedBytes& bytes) {
 // Rows are packed as they are, whatever their values.
 bool IsOfOneValue(const std::string& fault) {
   static constexpr std::string_view kFaults[] = {"a text ends within a character", "a value is cut off",
-                                                 "column lies outside its row"};
+                                                 "column lies outside its row", "a long value is cut off",
+                                                 "a long value's reference is cut off"};
   return std::any_of(std::begin(kFaults), std::end(kFaults),
                      [&](std::string_view each) { return fault.find(each) != std::string::npos; });
 }

@@ -1,8 +1,21 @@
+#include <atomic>
+#include <memory>
+#include <thread>
+
 #include "app/SingleInstance.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {
 namespace {
+
+constexpr DWORD kPatience = 20'000;
+
+// The mark is a thread's: another process has another one.
+bool IsFirstElsewhere(const std::wstring& dataFolder) {
+  bool first = false;
+  std::thread([&] { first = app::SingleInstance(dataFolder).IsFirst(); }).join();
+  return first;
+}
 
 TEST(SingleInstance, IsFirstForAFolderThatNobodyHolds) {
   const app::SingleInstance instance(L"C:\\kestrelon test one\\");
@@ -11,22 +24,75 @@ TEST(SingleInstance, IsFirstForAFolderThatNobodyHolds) {
 
 TEST(SingleInstance, IsNotFirstWhileAnotherHoldsTheFolder) {
   const app::SingleInstance first(L"C:\\kestrelon test two\\");
-  const app::SingleInstance second(L"C:\\kestrelon test two\\");
-  EXPECT_FALSE(second.IsFirst());
+  EXPECT_FALSE(IsFirstElsewhere(L"C:\\kestrelon test two\\"));
 }
 
 TEST(SingleInstance, TellsFoldersApartButNotTheirLetterCase) {
   const app::SingleInstance first(L"C:\\kestrelon test three\\");
-  EXPECT_TRUE(app::SingleInstance(L"C:\\kestrelon test four\\").IsFirst());
-  EXPECT_FALSE(app::SingleInstance(L"C:\\Kestrelon TEST Three\\").IsFirst());
+  EXPECT_TRUE(IsFirstElsewhere(L"C:\\kestrelon test four\\"));
+  EXPECT_FALSE(IsFirstElsewhere(L"C:\\Kestrelon TEST Three\\"));
 }
 
 TEST(SingleInstance, IsFirstAgainAfterTheOtherHasGone) {
   { const app::SingleInstance first(L"C:\\kestrelon test five\\"); }
-  EXPECT_TRUE(app::SingleInstance(L"C:\\kestrelon test five\\").IsFirst());
+  EXPECT_TRUE(IsFirstElsewhere(L"C:\\kestrelon test five\\"));
 }
 
-class SecondStart : public MainFormFixture {};
+TEST(SingleInstance, IsFirstAtOnceWithoutWaiting) {
+  app::SingleInstance first(L"C:\\kestrelon test six\\");
+  EXPECT_TRUE(first.BecomeFirst(INFINITE));
+}
+
+TEST(SingleInstance, WaitsForAnotherThatEndsAndHasNoWindowAnyMore) {
+  auto ending = std::make_unique<app::SingleInstance>(L"C:\\kestrelon test seven\\");
+  std::atomic<bool> looking = false, first = false;
+  std::thread next([&] {
+    app::SingleInstance instance(L"C:\\kestrelon test seven\\");
+    looking = !instance.IsFirst();
+    first = instance.BecomeFirst(kPatience);
+  });
+  while (!looking) ::SwitchToThread();
+  EXPECT_FALSE(first);
+  ending.reset();
+  next.join();
+  EXPECT_TRUE(first);
+}
+
+TEST(SingleInstance, IsFirstAfterAnotherThatWasEndedFromOutside) {
+  HANDLE mutex = nullptr;
+  // A thread that ends without letting go, as a process does that is ended.
+  std::thread([&] {
+    const app::SingleInstance known(L"C:\\kestrelon test eight\\");
+    const std::wstring name = L"Local\\KestrelonData-" + std::to_wstring(known.FolderMark());
+    mutex = ::CreateMutexW(nullptr, TRUE, name.c_str());
+    ::WaitForSingleObject(mutex, INFINITE);
+  }).join();
+  EXPECT_TRUE(app::SingleInstance(L"C:\\kestrelon test eight\\").IsFirst());
+  ::CloseHandle(mutex);
+}
+
+TEST(SingleInstance, GivesUpOnAnotherThatNeverShowsAWindow) {
+  const app::SingleInstance first(L"C:\\kestrelon test nine\\");
+  bool second = true;
+  std::thread([&] { second = app::SingleInstance(L"C:\\kestrelon test nine\\").BecomeFirst(100); }).join();
+  EXPECT_FALSE(second);
+}
+
+class SecondStart : public MainFormFixture {
+ protected:
+  // What a second process does, while this one serves its window.
+  static bool BecomesFirst(const std::wstring& dataFolder, DWORD milliseconds) {
+    std::atomic<bool> done = false;
+    bool first = false;
+    std::thread second([&] {
+      first = app::SingleInstance(dataFolder).BecomeFirst(milliseconds);
+      done = true;
+    });
+    while (!done) win::DoEvents();
+    second.join();
+    return first;
+  }
+};
 
 TEST_F(SecondStart, BringsTheMinimisedWindowBackToTheFront) {
   const app::SingleInstance first(program.dataFolder);
@@ -35,8 +101,7 @@ TEST_F(SecondStart, BringsTheMinimisedWindowBackToTheFront) {
   ShowWindow(form->Handle(), SW_MINIMIZE);
   ASSERT_FALSE(IsWindowVisible(form->Handle()));
 
-  app::SingleInstance(program.dataFolder).WakeTheOther();
-  win::DoEvents();
+  EXPECT_FALSE(BecomesFirst(program.dataFolder, kPatience));
 
   EXPECT_TRUE(IsWindowVisible(form->Handle()));
   EXPECT_FALSE(IsIconic(form->Handle()));
@@ -45,13 +110,12 @@ TEST_F(SecondStart, BringsTheMinimisedWindowBackToTheFront) {
 }
 
 TEST_F(SecondStart, WithAnotherDataFolderLeavesTheWindowAlone) {
-  const app::SingleInstance first(program.dataFolder);
+  const app::SingleInstance first(program.dataFolder), other(L"C:\\kestrelon test other\\");
   Start();
   form->SetWakeMark(first.FolderMark());
   ShowWindow(form->Handle(), SW_MINIMIZE);
 
-  app::SingleInstance(L"C:\\kestrelon test other\\").WakeTheOther();
-  win::DoEvents();
+  EXPECT_FALSE(BecomesFirst(L"C:\\kestrelon test other\\", 200));
 
   EXPECT_FALSE(IsWindowVisible(form->Handle()));
 }
@@ -62,8 +126,7 @@ TEST_F(SecondStart, LeavesAWindowThatIsShownAsLargeAsItIs) {
   form->SetWakeMark(first.FolderMark());
   ShowWindow(form->Handle(), SW_MAXIMIZE);
 
-  app::SingleInstance(program.dataFolder).WakeTheOther();
-  win::DoEvents();
+  EXPECT_FALSE(BecomesFirst(program.dataFolder, kPatience));
 
   EXPECT_TRUE(IsZoomed(form->Handle()));
 }
