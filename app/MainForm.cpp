@@ -27,6 +27,7 @@ namespace {
 constexpr UINT kTree = 101, kList = 102, kStatus = 103, kToolbarId = 104, kText1 = 105;
 constexpr UINT kFirstToolbarCommand = 200;  // + the button's number
 constexpr UINT kFirstMenuCommand = 300;
+constexpr int kToolbarSeparator = 5;
 constexpr UINT kTrayMessage = WM_APP + 1;
 
 constexpr double kBarWidth = 75;
@@ -65,6 +66,7 @@ void MainForm::Load() {
   spec.style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
   Create(spec);
   dpi_ = Dpi();
+  CentreOnScreen();  // while there are no controls yet that would be laid out for the size before, too
   CreateControls();
   WireEvents();
   loaded_ = true;
@@ -172,12 +174,22 @@ void MainForm::WireDrags() {
   };
 }
 
+void MainForm::CentreOnScreen() {
+  const int screenWidth = ::GetSystemMetrics(SM_CXSCREEN), screenHeight = ::GetSystemMetrics(SM_CYSCREEN);
+  const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi_), screenWidth);
+  const int height = std::min(win::PixelsFromTwips(kInitialHeight, dpi_), screenHeight);
+  ::SetWindowPos(Handle(), nullptr, (screenWidth - width) / 2, (screenHeight - height) / 2, width, height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void MainForm::ShowIconsForDpi() {
+  for (const auto& [kind, measure] : {std::pair{ICON_BIG, SM_CXICON}, std::pair{ICON_SMALL, SM_CXSMICON}})
+    ::SendMessageW(Handle(), WM_SETICON, static_cast<WPARAM>(kind),
+                   reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(measure, dpi_))));
+}
+
 void MainForm::LoadPicturesForDpi() {
   const int small = win::PixelsFromTwips(kPictureSize, dpi_);
-  ::SendMessageW(Handle(), WM_SETICON, ICON_BIG,
-                 reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(SM_CXICON, dpi_))));
-  ::SendMessageW(Handle(), WM_SETICON, ICON_SMALL,
-                 reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(SM_CXSMICON, dpi_))));
   TreeView1_.SetImageList(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN}, small));
   // Small icon number 3 is the one that rows show.
   ListView1_.SetSmallImages(LoadPictures({IDI_CATEGORY_CLOSED, IDI_CATEGORY_OPEN, IDI_ITEM}, small));
@@ -188,14 +200,9 @@ void MainForm::LoadPicturesForDpi() {
 }
 
 void MainForm::Form_Load() {
+  if (dpi_ != ::GetDpiForSystem()) ShowIconsForDpi();  // those of the class are of the system's size
   LoadPicturesForDpi();
   magnets_.AddWindow(Handle());
-
-  const int screenWidth = ::GetSystemMetrics(SM_CXSCREEN), screenHeight = ::GetSystemMetrics(SM_CYSCREEN);
-  const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi_), screenWidth);
-  const int height = std::min(win::PixelsFromTwips(kInitialHeight, dpi_), screenHeight);
-  ::SetWindowPos(Handle(), nullptr, (screenWidth - width) / 2, (screenHeight - height) / 2, width, height,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
 
   ApplyLanguage();
   treeTip_.SetStyle(ui::TipStyle::kBalloon);
@@ -206,22 +213,18 @@ void MainForm::Form_Load() {
       {win::PixelsFromTwips(kPanelWidths[0], dpi_), win::PixelsFromTwips(kPanelWidths[1], dpi_)});
   tree::ShowNoCategory(parts_);
   items::EnableItemCommands(parts_);
-  UpdateToolbar();
+  EnableToolbar();
 
   ApplyColumnWidths();
   menus_.Check(L"meu_ShowItemInfo", settings_.ReadBoolean(L"ShowItemInfo"));
   menus_.Check(L"meu_aa", settings_.ReadBoolean(L"Drag&Drop"));
 
   cSysTray1_.Create(Handle(), kTrayMessage);
-  // The tree shows no tips of its own for names that are cut off.
-  ::SetWindowLongPtrW(TreeView1_.Handle(), GWL_STYLE,
-                      ::GetWindowLongPtrW(TreeView1_.Handle(), GWL_STYLE) | TVS_NOTOOLTIPS);
 
   win::InRoutine(world_, Handle(), L"Form_Load Error:", false, [&] {
     store::LoadTree(parts_);
     return true;
   });
-  ::SetFocus(parts_.Text1);
 }
 
 void MainForm::ApplyColumnWidths() {
@@ -262,7 +265,7 @@ void MainForm::ApplyLanguage() {
   for (const MainFormTables::Language& language : MainFormTables::kLanguages) {
     menus_.Check(language.entry, program_.languageName == language.name);
   }
-  UpdateToolbar();
+  ReadToolbarTips();
   ::DrawMenuBar(Handle());
 }
 
@@ -363,21 +366,29 @@ void MainForm::Form_Unload() {
 void MainForm::PaneActivated(bool list) {
   if (parts_.listPaneActive == list) return;
   parts_.listPaneActive = list;
-  UpdateToolbar();
+  EnableToolbar();
+  ReadToolbarTips();
 }
 
-void MainForm::UpdateToolbar() {
+void MainForm::EnableToolbar() {
+  // Those behind the separator follow the selection of the list, see items::EnableItemButtons.
+  for (int number = 1; number < kToolbarSeparator; ++number) {
+    const MainFormTables::ToolbarButton& button =
+        MainFormTables::kToolbar[static_cast<std::size_t>(number) - 1];
+    Toolbar1_.Enable(number, (parts_.listPaneActive ? button.list : button.tree) != nullptr);
+  }
+}
+
+void MainForm::ReadToolbarTips() {
+  const lang::WindowTexts texts(program_, Name());
   for (std::size_t i = 0; i < MainFormTables::kToolbar.size(); ++i) {
     const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar[i];
     const int number = static_cast<int>(i) + 1;
-    if (button.image < 0) continue;
-    const bool list = parts_.listPaneActive;
-    // Buttons 6 to 9 follow the selection of the list, see items::EnableItemButtons.
-    if (number < 5) Toolbar1_.Enable(number, (list ? button.list : button.tree) != nullptr);
+    if (number == kToolbarSeparator) continue;
     const std::wstring key = L"Toolbar1_" + std::to_wstring(number);
-    Toolbar1_.SetTip(number, list || number > 5
-                                 ? lang::WindowText(program_, Name(), key, button.listTip)
-                                 : lang::WindowText(program_, Name(), key + L"_tree", button.treeTip));
+    Toolbar1_.SetTip(number, parts_.listPaneActive || number > kToolbarSeparator
+                                 ? texts.Text(key, button.listTip)
+                                 : texts.Text(key + L"_tree", button.treeTip));
   }
 }
 
@@ -434,6 +445,7 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DPICHANGED: {
       const unsigned before = dpi_;
       dpi_ = HIWORD(wParam);
+      ShowIconsForDpi();
       LoadPicturesForDpi();
       ScaleColumnWidths(before, dpi_);
       const LRESULT result = Form::OnMessage(message, wParam, lParam);

@@ -63,6 +63,8 @@ class MainForm : public win::Form {
   void CreateControls();
   void WireEvents();
   void WireDrags();
+  void CentreOnScreen();
+  void ShowIconsForDpi();
   void LoadPicturesForDpi();
   void Form_Load();
   void ApplyColumnWidths();
@@ -85,7 +87,9 @@ class MainForm : public win::Form {
   void Form_Unload();
 
   void PaneActivated(bool list);
-  void UpdateToolbar();
+  // Both by the pane that was last active.
+  void EnableToolbar();
+  void ReadToolbarTips();
   LRESULT OnNotify(NMHDR& header);
   bool OnCommand(UINT id);
 

@@ -14,6 +14,31 @@ HICON LoadPicture(int id, int pixels, UINT flags) {
       ::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON, pixels, pixels, flags));
 }
 
+const void* Resource(int id, const wchar_t* type, std::size_t leastBytes) {
+  const HMODULE module = ::GetModuleHandleW(nullptr);
+  const HRSRC found = ::FindResourceW(module, MAKEINTRESOURCEW(id), type);
+  const HGLOBAL loaded = found != nullptr && ::SizeofResource(module, found) >= leastBytes
+                             ? ::LoadResource(module, found)
+                             : nullptr;
+  return loaded == nullptr ? nullptr : ::LockResource(loaded);
+}
+
+// The picture of an icon that fits a size best. Null when it is not one of this size with alpha.
+const BITMAPINFOHEADER* StoredPicture(int id, int pixels) {
+  constexpr std::size_t kGroupHeader = 6;
+  const auto* group = static_cast<const BYTE*>(Resource(id, RT_GROUP_ICON, kGroupHeader));
+  if (group == nullptr) return nullptr;
+  const int best =
+      ::LookupIconIdFromDirectoryEx(const_cast<BYTE*>(group), TRUE, pixels, pixels, LR_DEFAULTCOLOR);
+  const auto size = static_cast<std::size_t>(pixels);
+  const auto* header = static_cast<const BITMAPINFOHEADER*>(
+      Resource(best, RT_ICON, sizeof(BITMAPINFOHEADER) + size * size * sizeof(std::uint32_t)));
+  const bool fits = header != nullptr && header->biSize == sizeof *header && header->biWidth == pixels &&
+                    header->biHeight == 2 * pixels && header->biBitCount == 32 &&
+                    header->biCompression == BI_RGB;
+  return fits ? header : nullptr;
+}
+
 BITMAPINFO TopDown(int width, int height) {
   BITMAPINFO info{};
   info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
@@ -29,6 +54,17 @@ class Strip {
     void* memory = nullptr;
     bitmap_.reset(::CreateDIBSection(dc_.get(), &info, DIB_RGB_COLORS, &memory, nullptr, 0));
     colors_ = static_cast<std::uint32_t*>(memory);
+  }
+
+  // A picture that the resources hold in this size, straight from there: to make an icon of it only to take
+  // it apart again costs a good deal of a program's start. False when there is none.
+  bool PutStored(int position, int id) {
+    const BITMAPINFOHEADER* header = StoredPicture(id, pixels_);
+    if (!bitmap_ || header == nullptr) return false;
+    const auto* colors = reinterpret_cast<const std::uint32_t*>(header + 1);
+    for (int y = 0; y < pixels_; ++y)  // the lowest row comes first
+      std::copy_n(colors + (pixels_ - 1 - y) * pixels_, pixels_, colors_ + y * width_ + position * pixels_);
+    return true;
   }
 
   void Put(int position, HICON icon) {
@@ -75,8 +111,10 @@ win::UniqueImageList LoadPictures(std::initializer_list<int> iconIds, int pixels
   Strip strip(pixels, count);
   int position = 0;
   for (const int id : iconIds) {
-    if (const win::UniqueIcon icon(LoadPicture(id, pixels, LR_DEFAULTCOLOR)); icon)
-      strip.Put(position, icon.get());
+    if (!strip.PutStored(position, id)) {
+      if (const win::UniqueIcon icon(LoadPicture(id, pixels, LR_DEFAULTCOLOR)); icon)
+        strip.Put(position, icon.get());
+    }
     ++position;
   }
   win::UniqueImageList list(::ImageList_Create(pixels, pixels, ILC_COLOR32 | ILC_MASK, 0, count));

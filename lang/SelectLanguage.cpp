@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "app/base/File.h"
-#include "app/base/Settings.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/Form.h"
 #include "ui/win/ListView.h"
@@ -26,11 +25,13 @@ bool HasCaption(win::ControlKind kind) {
 void Apply(win::Form& window, const std::wstring& file) {
   const std::wstring& section = window.Name();
   // The main window's caption is the product name in every language.
-  if (section != L"MainForm") window.SetCaption(ReadIni(section, L"0", file));
+  const IniSection texts(section, file);
+  if (section != L"MainForm") window.SetCaption(texts.Read(L"0"));
   if (win::ListView* list = window.LocalisedHeaders()) {
+    const IniSection headers(L"listview_header", file);
     // Headers are numbered from 1; the first stands over the icons and has no text.
     for (std::size_t number = 2; number <= list->ColumnCount(); ++number) {
-      list->SetColumnText(number - 1, ReadIni(L"listview_header", std::to_wstring(number), file));
+      list->SetColumnText(number - 1, headers.Read(std::to_wstring(number)));
     }
   }
   const win::FontSpec font = FontOfLocale(::GetUserDefaultLCID());
@@ -38,7 +39,7 @@ void Apply(win::Form& window, const std::wstring& file) {
     if (control.tag.empty()) continue;
     window.SetControlFont(control, font);
     if (!HasCaption(control.kind)) continue;
-    const std::wstring caption = ReadIni(section, control.tag, file);
+    const std::wstring caption = texts.Read(control.tag);
     if (!caption.empty()) window.SetControlCaption(control, caption);
   }
 }
@@ -82,6 +83,14 @@ std::wstring Message(const Program& program, const MessageText& message) {
 std::wstring WindowText(const Program& program, std::wstring_view window, std::wstring_view key,
                         std::wstring_view builtIn) {
   std::wstring text = ReadIni(window, key, LanguageFile(program, program.languageName));
+  return text.empty() ? std::wstring(builtIn) : text;
+}
+
+WindowTexts::WindowTexts(const Program& program, std::wstring_view window)
+    : texts_(window, LanguageFile(program, program.languageName)) {}
+
+std::wstring WindowTexts::Text(std::wstring_view key, std::wstring_view builtIn) const {
+  std::wstring text = texts_.Read(key);
   return text.empty() ? std::wstring(builtIn) : text;
 }
 

@@ -5,6 +5,7 @@
 
 #include "app/base/OutsideWorld.h"
 #include "app/base/Program.h"
+#include "app/base/Settings.h"
 #include "lang/Messages.h"
 
 namespace kestrelon::win {
@@ -36,6 +37,16 @@ std::wstring Message(const Program& program, const MessageText& message);
 // A text of a window's section under any key, with the built-in text behind it.
 std::wstring WindowText(const Program& program, std::wstring_view window, std::wstring_view key,
                         std::wstring_view builtIn);
+
+// Many of them at one stroke.
+class WindowTexts {
+ public:
+  WindowTexts(const Program& program, std::wstring_view window);
+  std::wstring Text(std::wstring_view key, std::wstring_view builtIn) const;
+
+ private:
+  IniSection texts_;
+};
 
 // The font of localised controls depends on the user's locale alone, never on the language chosen.
 win::FontSpec FontOfLocale(unsigned localeIdentifier);

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kestrelon {
 
@@ -11,6 +12,17 @@ std::wstring ReadIni(std::wstring_view section, std::wstring_view key, std::wstr
 // Throws std::system_error when the file cannot be written.
 void WriteIni(std::wstring_view section, std::wstring_view key, std::wstring_view value,
               std::wstring_view file);
+
+// A section of such a file as it was when this was made. Gives what ReadIni gives, but for a section that is
+// wanted whole: ReadIni opens the file and looks through it for every key.
+class IniSection {
+ public:
+  IniSection(std::wstring_view section, std::wstring_view file);
+  std::wstring Read(std::wstring_view key) const;
+
+ private:
+  std::vector<wchar_t> lines_;  // "key=value", each with a NUL behind it
+};
 
 // The settings file of one user, section "USER INFO" (some writers spell it "User Info"; the file does not
 // care).

@@ -48,7 +48,7 @@ int FarthestApart(const std::vector<std::uint8_t>& a, const std::vector<std::uin
 }
 
 TEST(Pictures, LookAsTheirIconsDoOnAnyGround) {
-  for (const int pixels : {16, 24, 40}) {
+  for (const int pixels : {16, 24, 28, 40}) {
     const win::UniqueImageList list = LoadPictures({IDI_CATEGORY_OPEN, IDI_TOOLBAR_FIND, IDI_ITEM}, pixels);
     ASSERT_EQ(::ImageList_GetImageCount(list.get()), 3);
     int position = 0;

@@ -3,6 +3,7 @@
 #include <string>
 #include <system_error>
 
+#include "app/base/File.h"
 #include "app/base/Settings.h"
 #include "tests/support/ScopedTestDir.h"
 
@@ -111,6 +112,46 @@ TEST(ReadIni, IsEmptyWithoutAFileASectionOrAKey) {
   EXPECT_EQ(ReadIni(L"other", L"k", file), L"");
   EXPECT_EQ(ReadIni(L"s", L"k", dir.Path(L"missing.ini")), L"");
   EXPECT_EQ(ReadIni(L"s", L"k", L""), L"");
+}
+
+TEST(IniSection, GivesWhatTheReaderOfSingleKeysGives) {
+  const ScopedTestDir dir;
+  const std::wstring file = dir.WriteIniFile(
+      L"a.ini",
+      L"before=0\r\n[other]\r\nplain=wrong\r\n[S]\r\n; plain=comment\r\nplain=value\r\nPLAIN=second\r\n"
+      L"  spaced  =  in the middle  \r\n\ttabbed\t=\tt\t\r\nquoted=\" a \"\r\nsingle=' b "
+      L"'\r\nhalf=\"c\r\nmark=\"\r\n"
+      L"two=\"\"d\"\"\r\nsign=a=b\r\nempty=\r\nno sign\r\n别名=名\r\nlong=" +
+          std::wstring(300, L'x') + L"\r\nquotedlong=\"" + std::wstring(300, L'y') +
+          L"\"\r\nlast=z\r\n[next]\r\nplain=wrong\r\n");
+  const IniSection section(L"s", file);
+
+  EXPECT_EQ(section.Read(L"plain"), L"value");
+  EXPECT_EQ(section.Read(L"quoted"), L" a ");
+  for (const wchar_t* key :
+       {L"plain", L"Plain", L"spaced", L"tabbed", L"quoted", L"single", L"half", L"mark", L"two", L"sign",
+        L"empty", L"no sign", L"别名", L"long", L"quotedlong", L"last", L"before", L"missing"})
+    EXPECT_EQ(section.Read(key), ReadIni(L"s", key, file)) << Narrow(key);
+}
+
+TEST(IniSection, OfAnySizeIsReadWhole) {
+  const ScopedTestDir dir;
+  std::wstring text = L"[s]\r\n";
+  for (int i = 0; i < 3000; ++i)
+    text += L"key" + std::to_wstring(i) + L"=" + std::wstring(20, L'v') + L"\r\n";
+  const IniSection section(L"s", dir.WriteIniFile(L"a.ini", text + L"last=here\r\n"));
+
+  EXPECT_EQ(section.Read(L"key0"), std::wstring(20, L'v'));
+  EXPECT_EQ(section.Read(L"last"), L"here");
+}
+
+TEST(IniSection, IsEmptyWithoutAFileOrASection) {
+  const ScopedTestDir dir;
+  const std::wstring file = dir.WriteIniFile(L"a.ini", L"[s]\r\nk=v\r\n");
+
+  EXPECT_EQ(IniSection(L"other", file).Read(L"k"), L"");
+  EXPECT_EQ(IniSection(L"s", dir.Path(L"missing.ini")).Read(L"k"), L"");
+  EXPECT_EQ(IniSection(L"s", L"").Read(L"k"), L"");
 }
 
 }  // namespace

@@ -78,6 +78,7 @@ int ListView::ColumnWidth(std::size_t column) const {
 }
 
 void ListView::SetColumnWidth(std::size_t column, int pixels) {
+  if (ColumnWidth(column) == pixels) return;  // the control would lay out everything anew all the same
   Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
 }
 

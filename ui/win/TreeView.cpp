@@ -30,9 +30,9 @@ TreeView::~TreeView() {
 
 void TreeView::Create(HWND parent, UINT id) {
   // The control's own drag detection would swallow mouse messages in a loop of its own; drags are the
-  // caller's here.
+  // caller's here. It shows no tips of its own for names that are cut off.
   const DWORD style = WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS | TVS_LINESATROOT |
-                      TVS_EDITLABELS | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP;
+                      TVS_EDITLABELS | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP | TVS_NOTOOLTIPS;
   handle_ = ::CreateWindowExW(WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"", style, 0, 0, 0, 0, parent,
                               reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
                               nullptr);

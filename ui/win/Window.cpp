@@ -19,6 +19,12 @@ void ShowLastResort(const char* what) {
 
 LastResort lastResort = &ShowLastResort;
 
+HICON ProgramIcon(HINSTANCE instance, int measure) {
+  const int pixels = ::GetSystemMetrics(measure);
+  return static_cast<HICON>(::LoadImageW(instance, MAKEINTRESOURCEW(kProgramIcon), IMAGE_ICON, pixels, pixels,
+                                         LR_DEFAULTCOLOR | LR_SHARED));
+}
+
 void RegisterClassOnce(const wchar_t* name, WNDPROC procedure) {
   const HINSTANCE instance = ::GetModuleHandleW(nullptr);
   WNDCLASSEXW known{};
@@ -28,8 +34,10 @@ void RegisterClassOnce(const wchar_t* name, WNDPROC procedure) {
   type.cbSize = sizeof type;
   type.lpfnWndProc = procedure;
   type.hInstance = instance;
-  type.hIcon =
-      ::LoadIconW(instance, MAKEINTRESOURCEW(kProgramIcon));  // null without such a resource: no icon
+  // Null without such a resource: no icon. Both sizes, or the system would make the small one of the large
+  // one.
+  type.hIcon = ProgramIcon(instance, SM_CXICON);
+  type.hIconSm = ProgramIcon(instance, SM_CXSMICON);
   type.hCursor = ::LoadCursorW(nullptr, IDC_ARROW);
   type.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
   type.lpszClassName = name;
