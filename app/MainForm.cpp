@@ -64,9 +64,14 @@ void MainForm::Load() {
   spec.className = kMainFormClass;
   spec.caption = program_.productName;
   spec.style = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+  const RECT place = CentredOnScreen(::GetDpiForSystem());
+  spec.x = place.left;
+  spec.y = place.top;
+  spec.width = place.right - place.left;
+  spec.height = place.bottom - place.top;
   Create(spec);
   dpi_ = Dpi();
-  CentreOnScreen();  // while there are no controls yet that would be laid out for the size before, too
+  if (dpi_ != ::GetDpiForSystem()) FitToDpi();
   CreateControls();
   WireEvents();
   loaded_ = true;
@@ -174,12 +179,20 @@ void MainForm::WireDrags() {
   };
 }
 
-void MainForm::CentreOnScreen() {
+RECT MainForm::CentredOnScreen(unsigned dpi) {
   const int screenWidth = ::GetSystemMetrics(SM_CXSCREEN), screenHeight = ::GetSystemMetrics(SM_CYSCREEN);
-  const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi_), screenWidth);
-  const int height = std::min(win::PixelsFromTwips(kInitialHeight, dpi_), screenHeight);
-  ::SetWindowPos(Handle(), nullptr, (screenWidth - width) / 2, (screenHeight - height) / 2, width, height,
+  const int width = std::min(win::PixelsFromTwips(kInitialWidth, dpi), screenWidth);
+  const int height = std::min(win::PixelsFromTwips(kInitialHeight, dpi), screenHeight);
+  const int left = (screenWidth - width) / 2, top = (screenHeight - height) / 2;
+  return {left, top, left + width, top + height};
+}
+
+// On a screen whose DPI is not the system's.
+void MainForm::FitToDpi() {
+  const RECT place = CentredOnScreen(dpi_);
+  ::SetWindowPos(Handle(), nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
                  SWP_NOZORDER | SWP_NOACTIVATE);
+  ShowIconsForDpi();
 }
 
 void MainForm::ShowIconsForDpi() {
@@ -200,13 +213,10 @@ void MainForm::LoadPicturesForDpi() {
 }
 
 void MainForm::Form_Load() {
-  if (dpi_ != ::GetDpiForSystem()) ShowIconsForDpi();  // those of the class are of the system's size
   LoadPicturesForDpi();
   magnets_.AddWindow(Handle());
 
   ApplyLanguage();
-  treeTip_.SetStyle(ui::TipStyle::kBalloon);
-  treeTip_.Create(TreeView1_.Handle());
   Form_Resize(SIZE_RESTORED);
 
   StatusBar1_.SetPanelWidths(
@@ -474,7 +484,9 @@ void MainForm::ShowNow(int show) {
   ::SetFocus(parts_.Text1);
 }
 
-void MainForm::TakeDrops() {
+void MainForm::FinishLoading() {
+  treeTip_.SetStyle(ui::TipStyle::kBalloon);
+  treeTip_.Create(TreeView1_.Handle());
   treeDrops_.Register(TreeView1_.Handle());
   listDrops_.Register(ListView1_.Handle());
 }

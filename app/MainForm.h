@@ -31,8 +31,9 @@ class MainForm : public win::Form {
   // Makes the window and loads everything; the window is not shown yet.
   void Load();
   void ShowNow(int show);
-  // From now on files can be dropped on both panes. Throws std::system_error where OLE is not initialised.
-  void TakeDrops();
+  // What can wait until the user sees the window: the tree's tip, and dropping files on both panes. Throws
+  // std::system_error where OLE is not initialised.
+  void FinishLoading();
 
   win::ListView* LocalisedHeaders() override { return &ListView1_; }
   // What the folders below see; for tests as well.
@@ -63,7 +64,8 @@ class MainForm : public win::Form {
   void CreateControls();
   void WireEvents();
   void WireDrags();
-  void CentreOnScreen();
+  static RECT CentredOnScreen(unsigned dpi);
+  void FitToDpi();
   void ShowIconsForDpi();
   void LoadPicturesForDpi();
   void Form_Load();

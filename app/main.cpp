@@ -38,9 +38,8 @@ int Run(int show) {
     mainForm.SetWakeMark(instance.FolderMark());
     mainForm.Load();
     mainForm.ShowNow(show);
-    // Nobody can drop anything before: the user sees the window that much sooner.
-    ole.Enter();
-    mainForm.TakeDrops();
+    ole.Enter();  // only now: the user sees the window that much sooner
+    mainForm.FinishLoading();
     MSG message;
     while (win::PumpOneMessage(message)) {
     }

@@ -134,6 +134,22 @@ TEST_F(Loading, TheTreeShowsNoTipsOfItsOwn) {
   EXPECT_NE(style & TVS_EDITLABELS, 0) << "the other styles stay";
 }
 
+TEST_F(Loading, GivesTheTreeATipInABalloon) {
+  Start();
+  HWND tip = nullptr;
+  for (HWND window = nullptr;
+       (window = FindWindowExW(nullptr, window, TOOLTIPS_CLASSW, nullptr)) != nullptr && tip == nullptr;) {
+    TTTOOLINFOW tool{};
+    tool.cbSize = ui::CTooltip::kToolInfoSize;
+    if (GetWindow(window, GW_OWNER) == form->Handle() &&
+        SendMessageW(window, TTM_ENUMTOOLSW, 0, reinterpret_cast<LPARAM>(&tool)) &&
+        tool.hwnd == Tree().Handle())
+      tip = window;
+  }
+  ASSERT_NE(tip, nullptr);
+  EXPECT_NE(GetWindowLongPtrW(tip, GWL_STYLE) & TTS_BALLOON, 0);
+}
+
 TEST_F(Loading, PutsTheFocusOnText1) {
   Start();
   EXPECT_EQ(GetFocus(), Parts().Text1);

@@ -126,7 +126,7 @@ class MainFormFixture : public testing::Test {
     });
     form->Load();
     form->ShowNow(SW_SHOWNORMAL);
-    form->TakeDrops();
+    form->FinishLoading();
     win::DoEvents();
   }
   void End() {

@@ -67,6 +67,7 @@ std::wstring ListView::ColumnText(std::size_t column) const {
 }
 
 void ListView::SetColumnText(std::size_t column, const std::wstring& text) {
+  if (ColumnText(column) == text) return;  // the control would lay out everything anew all the same
   LVCOLUMNW change{};
   change.mask = LVCF_TEXT;
   change.pszText = const_cast<wchar_t*>(text.c_str());
@@ -78,7 +79,7 @@ int ListView::ColumnWidth(std::size_t column) const {
 }
 
 void ListView::SetColumnWidth(std::size_t column, int pixels) {
-  if (ColumnWidth(column) == pixels) return;  // the control would lay out everything anew all the same
+  if (ColumnWidth(column) == pixels) return;
   Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
 }
 
