@@ -74,7 +74,7 @@ class Form : public Window {
   virtual ListView* LocalisedHeaders() { return nullptr; }
 
   // Caption of a label, button of any kind, frame or menu entry. In a menu the accelerator text after a TAB
-  // stays.
+  // stays. After changes in the menu bar the caller draws it anew, once.
   std::wstring ControlCaption(const FormControl& control) const;
   void SetControlCaption(FormControl& control, const std::wstring& text);
   // No effect on menu entries beyond remembering it.

@@ -101,7 +101,6 @@ void Form::SetControlCaption(FormControl& control, const std::wstring& text) {
   item.fMask = MIIM_STRING;
   item.dwTypeData = whole.data();
   ::SetMenuItemInfoW(control.menu, control.menuPosition, TRUE, &item);
-  if (Handle() != nullptr && control.menu == ::GetMenu(Handle())) ::DrawMenuBar(Handle());
 }
 
 void Form::SetControlFont(FormControl& control, const FontSpec& font) {
