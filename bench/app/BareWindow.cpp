@@ -1,8 +1,14 @@
 // The least that a Windows program can do: one empty window. start-bench compares the program's start with
-// it.
+// it. With KESTRELON_WITH_CONTROLS the library of the common controls is loaded too, though none is made.
 #include "app/base/Win32.h"
 
+#include <commctrl.h>
+
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
+#ifdef KESTRELON_WITH_CONTROLS
+  const INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
+  ::InitCommonControlsEx(&classes);
+#endif
   WNDCLASSW windowClass{};
   windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
     if (message == WM_DESTROY) ::PostQuitMessage(0);

@@ -1,13 +1,14 @@
-// start-bench: the time from starting a program to its window on the screen, for two programs in turns; the
-// fastest of each goes into the file. start_bench.py runs it on a desktop.
+// start-bench: the time from starting a program to its window on the screen, for several programs in turns;
+// the fastest of each goes into the file. start_bench.py runs it on a desktop.
 //
-//   start-bench FILE PROGRAM OTHER-PROGRAM [rounds]
+//   start-bench FILE ROUNDS PROGRAM OTHER-PROGRAM...
 #include "app/base/Win32.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "bench/app/Timing.h"
 
@@ -60,17 +61,22 @@ double StartAndEnd(std::wstring program) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  if (count < 4 || ::_wfreopen(arguments[1], L"w", stdout) == nullptr) {
-    std::puts("usage: start-bench FILE PROGRAM OTHER-PROGRAM [rounds]");
+  if (count < 5 || ::_wfreopen(arguments[1], L"w", stdout) == nullptr) {
+    std::puts("usage: start-bench FILE ROUNDS PROGRAM OTHER-PROGRAM...");
     return 2;
   }
   try {
-    double first = 1e9, second = 1e9;
-    for (int round = count > 4 ? std::stoi(arguments[4]) : 10; round > 0; --round) {
-      first = std::min(first, StartAndEnd(arguments[2]));
-      second = std::min(second, StartAndEnd(arguments[3]));
+    const std::vector<std::wstring> programs(arguments + 3, arguments + count);
+    std::vector<double> fastest(programs.size(), 1e9);
+    for (int round = std::stoi(arguments[2]); round > 0; --round) {
+      for (std::size_t i = 0; i < programs.size(); ++i)
+        fastest[i] = std::min(fastest[i], StartAndEnd(programs[i]));
     }
-    std::printf("from start to window: %.1f ms / %.1f ms   ratio %.2f\n", first, second, first / second);
+    std::printf("from start to window: %.1f ms\n", fastest[0]);
+    for (std::size_t i = 1; i < programs.size(); ++i) {
+      const std::wstring name = programs[i].substr(programs[i].rfind(L'\\') + 1);
+      std::printf("   %.2f times %ls with its %.1f ms\n", fastest[0] / fastest[i], name.c_str(), fastest[i]);
+    }
     return 0;
   } catch (const std::exception& error) {
     std::printf("%s\n", error.what());

@@ -18,6 +18,6 @@ def windows_path(path):
 
 with Desktop("start-bench") as desktop:
     result = desktop.drive / "start.txt"
-    desktop.start(BENCH / "start-bench.exe", "C:\\start.txt", windows_path(ROOT / "build/windows/Kestrelon/Kestrelon.exe"),
-                  windows_path(BENCH / "bare-window.exe"), ROUNDS)
+    desktop.start(BENCH / "start-bench.exe", "C:\\start.txt", ROUNDS, windows_path(ROOT / "build/windows/Kestrelon/Kestrelon.exe"),
+                  windows_path(BENCH / "bare-window.exe"), windows_path(BENCH / "bare-window-with-controls.exe"))
     print(wait_for("the result", lambda: result.exists() and result.read_text(), 300).strip())
