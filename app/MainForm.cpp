@@ -105,7 +105,10 @@ void MainForm::CreateControls() {
   Picture1_.CreateIn(Handle());
   ListView1_.Create(Handle(), kList);
   StatusBar1_.Create(Handle(), kStatus);
+  LoadPicturesForDpi();
 
+  // Columns come into a list of its right width: in a narrow one each of them makes the scroll bar anew.
+  ArrangeControls();
   // The icon column first, without caption and of fixed width.
   ListView1_.AddColumn(L"", win::PixelsFromTwips(kIconColumnWidth, dpi_), true);
   for (int i = 0; i < 5; ++i) {
@@ -213,7 +216,6 @@ void MainForm::LoadPicturesForDpi() {
 }
 
 void MainForm::Form_Load() {
-  LoadPicturesForDpi();
   magnets_.AddWindow(Handle());
 
   ApplyLanguage();
@@ -292,6 +294,10 @@ void MainForm::Form_Resize(WPARAM kind) {
     return;
   }
   ShowToolDialogs(true);
+  ArrangeControls();
+}
+
+void MainForm::ArrangeControls() {
   Toolbar1_.AutoSize();
   ::SendMessageW(StatusBar1_.Handle(), WM_SIZE, 0, 0);
   PlacePanes(PanesOnResize(barLeft_, kBarWidth, InnerWidth()));

@@ -76,6 +76,7 @@ class MainForm : public win::Form {
 
   // Layout.
   void Form_Resize(WPARAM kind);
+  void ArrangeControls();
   void PlacePanes(const PaneLayout& panes);
   double InnerWidth() const;
   void Picture1_MouseMove(int x);
