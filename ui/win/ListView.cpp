@@ -31,11 +31,12 @@ void ListView::Create(HWND parent, UINT id) {
                               reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
                               nullptr);
   if (handle_ == nullptr) ThrowLastError(L"list view");
-  procedure_ = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(handle_, GWLP_WNDPROC));
+  ::SetWindowLongPtrW(handle_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  procedure_ = reinterpret_cast<WNDPROC>(
+      ::SetWindowLongPtrW(handle_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&ListView::Procedure)));
+  if (procedure_ == nullptr) ThrowLastError(L"SetWindowLongPtrW");
   const DWORD extended = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER;
   Send(LVM_SETEXTENDEDLISTVIEWSTYLE, extended, extended);
-  if (!::SetWindowSubclass(handle_, &ListView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
-    ThrowLastError(L"SetWindowSubclass");
 }
 
 LRESULT ListView::Send(UINT message, WPARAM wParam, LPARAM lParam) const {
@@ -96,10 +97,9 @@ std::optional<std::size_t> ListView::HitTest(POINT client) const {
   return static_cast<std::size_t>(row);
 }
 
-LRESULT CALLBACK ListView::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
-                                             DWORD_PTR self) {
-  return Guarded(
-      0, [&] { return reinterpret_cast<ListView*>(self)->OnControlMessage(message, wParam, lParam); });
+LRESULT CALLBACK ListView::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  auto* self = reinterpret_cast<ListView*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+  return Guarded(0, [&] { return self->OnControlMessage(message, wParam, lParam); });
 }
 
 LRESULT ListView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -112,7 +112,7 @@ LRESULT ListView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam
     SelectForRightPress(point);
     return 0;
   }
-  const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+  const LRESULT result = Send(message, wParam, lParam);
   if (message == WM_LBUTTONDBLCLK && HitTest(point)) {
     DeliverSelectionChanged();
     if (events.doubleClick) events.doubleClick();
@@ -130,13 +130,13 @@ LRESULT ListView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_LBUTTONUP:
     case WM_RBUTTONUP: {
       const int button = message == WM_LBUTTONUP ? kLeft : kRight;
-      if (button == kLeft) result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      if (button == kLeft) result = Send(message, wParam, lParam);
       DeliverSelectionChanged();
       if (buttons_.Release(button) && events.mouseUp) events.mouseUp(button, ShiftState(), PointOf(lParam));
       return result;
     }
     case WM_MOUSEMOVE:
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (!trackingLeave_) {
         TRACKMOUSEEVENT track{sizeof(TRACKMOUSEEVENT), TME_LEAVE, handle_, 0};
         trackingLeave_ = ::TrackMouseEvent(&track) != FALSE;
@@ -145,32 +145,32 @@ LRESULT ListView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       break;
     case WM_MOUSELEAVE:
       trackingLeave_ = false;
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (events.mouseLeave) events.mouseLeave();
       return result;
     case WM_KEYDOWN:
       DeliverSelectionChanged();
       if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     case WM_SYSKEYDOWN: {
       const int shift = ShiftState();
       DeliverSelectionChanged();
       // The system's own part comes first: it notes that Alt went together with a key. Else the release of
       // Alt would open the system menu of a window that the event has shown meanwhile.
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (handle_ != nullptr && events.keyDown) events.keyDown(static_cast<int>(wParam), shift);
       return result;
     }
     case WM_SYSCHAR:
       // Alt+Enter is the key of no menu; the system would beep.
       if (wParam == VK_RETURN) return 0;
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     case WM_CHAR:
       // Enter, Escape and Ctrl with a letter look for no row; the control would beep.
       if (wParam < L' ') return 0;
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     case WM_SETFOCUS:
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (events.gotFocus) events.gotFocus();
       return result;
     case WM_NOTIFY: {
@@ -182,15 +182,14 @@ LRESULT ListView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             fixedWidths_[static_cast<std::size_t>(column)])
           return TRUE;
       }
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     }
     case kSelectionChanged: DeliverSelectionChanged(); return 0;
     case WM_NCDESTROY: {
       const HWND window = std::exchange(handle_, nullptr);
-      ::RemoveWindowSubclass(window, &ListView::SubclassProcedure, 0);
-      return ::DefSubclassProc(window, message, wParam, lParam);
+      return ::CallWindowProcW(procedure_, window, message, wParam, lParam);
     }
-    default: return ::DefSubclassProc(handle_, message, wParam, lParam);
+    default: return Send(message, wParam, lParam);
   }
   if (buttons_.ReleaseWasSwallowed(kLeft)) {
     POINT point;

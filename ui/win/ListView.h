@@ -123,7 +123,7 @@ class ListView {
   LRESULT OnNotify(NMHDR& header);              // WM_NOTIFY of this control or its header
 
  private:
-  static LRESULT CALLBACK SubclassProcedure(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
+  static LRESULT CALLBACK Procedure(HWND, UINT, WPARAM, LPARAM);
   LRESULT OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam);
   // A message straight to the control's own procedure: the way through what stands before it (our events, a
   // tooltip's) can cost more than the work itself.

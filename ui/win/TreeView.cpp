@@ -37,9 +37,10 @@ void TreeView::Create(HWND parent, UINT id) {
                               reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), ::GetModuleHandleW(nullptr),
                               nullptr);
   if (handle_ == nullptr) ThrowLastError(L"tree view");
-  procedure_ = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(handle_, GWLP_WNDPROC));
-  if (!::SetWindowSubclass(handle_, &TreeView::SubclassProcedure, 0, reinterpret_cast<DWORD_PTR>(this)))
-    ThrowLastError(L"SetWindowSubclass");
+  ::SetWindowLongPtrW(handle_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  procedure_ = reinterpret_cast<WNDPROC>(
+      ::SetWindowLongPtrW(handle_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TreeView::Procedure)));
+  if (procedure_ == nullptr) ThrowLastError(L"SetWindowLongPtrW");
 }
 
 LRESULT TreeView::Send(UINT message, WPARAM wParam, LPARAM lParam) const {

@@ -148,7 +148,7 @@ class TreeView {
 
  private:
   friend class TreeNode;
-  static LRESULT CALLBACK SubclassProcedure(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
+  static LRESULT CALLBACK Procedure(HWND, UINT, WPARAM, LPARAM);
   LRESULT OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam);
   // A message straight to the control's own procedure: the way through what stands before it (our events, a
   // tooltip's) can cost more than the work itself.

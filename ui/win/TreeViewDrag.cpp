@@ -131,7 +131,7 @@ std::optional<LRESULT> TreeView::OnDragMessage(UINT message, WPARAM wParam, LPAR
       if ((wParam & MK_LBUTTON) == 0) TellSwallowedRelease();
       return 0;
     case WM_LBUTTONUP: {
-      const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      const LRESULT result = Send(message, wParam, lParam);
       if (Dragging()) DropNode(PointOf(lParam));
       return result;
     }
@@ -170,14 +170,14 @@ std::optional<LRESULT> TreeView::OnDragMessage(UINT message, WPARAM wParam, LPAR
     case WM_MOUSEWHEEL:
     case WM_MOUSEHWHEEL: {
       drag_->HidePicture();
-      const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      const LRESULT result = Send(message, wParam, lParam);
       if (Dragging()) RaiseDragOver(PointerIn(handle_));
       return result;
     }
     case WM_PAINT: {
       if (!drag_->PictureShown()) return std::nullopt;
       drag_->HidePicture();
-      const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      const LRESULT result = Send(message, wParam, lParam);
       if (Dragging()) drag_->ShowPicture();
       return result;
     }

@@ -20,10 +20,9 @@ HWND EditOf(HWND tree) { return reinterpret_cast<HWND>(::SendMessageW(tree, TVM_
 
 }  // namespace
 
-LRESULT CALLBACK TreeView::SubclassProcedure(HWND, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
-                                             DWORD_PTR self) {
-  return Guarded(
-      0, [&] { return reinterpret_cast<TreeView*>(self)->OnControlMessage(message, wParam, lParam); });
+LRESULT CALLBACK TreeView::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  auto* self = reinterpret_cast<TreeView*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+  return Guarded(0, [&] { return self->OnControlMessage(message, wParam, lParam); });
 }
 
 LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -38,7 +37,7 @@ LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam
     return 0;
   }
   pressedNode_ = HitTest(point);
-  const LRESULT result = ::DefSubclassProc(handle_, message, wParam, lParam);
+  const LRESULT result = Send(message, wParam, lParam);
   TreeNode* const clicked = std::exchange(pressedNode_, nullptr);
   if (clicked != nullptr && events.nodeClick) events.nodeClick(*clicked);
   return result;
@@ -56,14 +55,14 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_RBUTTONDOWN:
     case WM_RBUTTONDBLCLK: result = OnPress(kRight, message, wParam, lParam); break;
     case WM_LBUTTONUP:
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (buttons_.Release(kLeft) && events.mouseUp) events.mouseUp(kLeft, ShiftState(), PointOf(lParam));
       return result;
     case WM_RBUTTONUP:
       if (buttons_.Release(kRight) && events.mouseUp) events.mouseUp(kRight, ShiftState(), PointOf(lParam));
       return 0;
     case WM_MOUSEMOVE:
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (events.mouseMove) {
         const int buttons = ButtonsOf(wParam) & ~(dragGivenUp_ ? kLeft : 0);
         events.mouseMove(buttons, ShiftState(), PointOf(lParam));
@@ -72,24 +71,23 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:
       if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     case WM_CHAR:
       // Enter, Escape and Ctrl with a letter look for no node; the control would beep.
       if (wParam < L' ') return 0;
-      return ::DefSubclassProc(handle_, message, wParam, lParam);
+      return Send(message, wParam, lParam);
     case WM_SETFOCUS:
-      result = ::DefSubclassProc(handle_, message, wParam, lParam);
+      result = Send(message, wParam, lParam);
       if (events.gotFocus) events.gotFocus();
       return result;
     case WM_NCDESTROY: {
       const bool dragged = EndDrag();
       const HWND window = std::exchange(handle_, nullptr);
-      ::RemoveWindowSubclass(window, &TreeView::SubclassProcedure, 0);
-      result = ::DefSubclassProc(window, message, wParam, lParam);
+      result = ::CallWindowProcW(procedure_, window, message, wParam, lParam);
       if (dragged && events.dragCancel) events.dragCancel();
       return result;
     }
-    default: return ::DefSubclassProc(handle_, message, wParam, lParam);
+    default: return Send(message, wParam, lParam);
   }
   TellSwallowedRelease();
   return result;
