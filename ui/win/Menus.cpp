@@ -36,7 +36,7 @@ void Menus::Create(Form& form, const MenuLine* lines, std::size_t count, UINT fi
     const auto position = static_cast<UINT>(::GetMenuItemCount(menu));
     if (!::InsertMenuItemW(menu, position, TRUE, &item)) ThrowLastError(L"InsertMenuItemW");
     if (line.name == nullptr) continue;
-    entries_[line.name] = {menu, position, item.wID, item.hSubMenu, depth == 0};
+    entries_[line.name] = {menu, position, item.wID, item.hSubMenu};
     names_[item.wID] = line.name;
     FormControl control;
     control.name = control.tag = line.name;
@@ -70,7 +70,6 @@ void Menus::Enable(std::wstring_view name, bool enabled) {
   if (entry == nullptr) return;
   enabled = enabled && !IsInert(name);
   ::EnableMenuItem(entry->menu, entry->position, MF_BYPOSITION | (enabled ? MF_ENABLED : MF_GRAYED));
-  if (entry->topLevel) ::DrawMenuBar(form_->Handle());
 }
 
 UINT Menus::StateOf(std::wstring_view name) const {

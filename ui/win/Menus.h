@@ -28,9 +28,10 @@ class Menus {
   // Identifiers count up from `firstId` in the order of the table, separators included. The form takes the
   // menu over.
   void Create(Form& form, const MenuLine* lines, std::size_t count, UINT firstId);
-  UINT IdOf(std::wstring_view name) const;            // 0 for a name that is not there
-  std::wstring_view NameOf(UINT id) const;            // empty for an identifier that is not there
-  void Enable(std::wstring_view name, bool enabled);  // a top-level menu too
+  UINT IdOf(std::wstring_view name) const;  // 0 for a name that is not there
+  std::wstring_view NameOf(UINT id) const;  // empty for an identifier that is not there
+  // An entry or a menu of the bar. The bar is drawn anew by the caller, once for all its changes.
+  void Enable(std::wstring_view name, bool enabled);
   bool IsEnabled(std::wstring_view name) const;
   // An entry that has no command: grey for good, whatever Enable() is told.
   void SetInert(std::wstring_view name);
@@ -49,7 +50,6 @@ class Menus {
     UINT position = 0;
     UINT id = 0;
     HMENU submenu = nullptr;
-    bool topLevel = false;
   };
   const Entry* Find(std::wstring_view name) const;
   UINT StateOf(std::wstring_view name) const;  // MFS_…; 0 for a name that is not there
