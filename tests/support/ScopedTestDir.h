@@ -7,7 +7,6 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "app/base/Program.h"
 #include "app/base/Settings.h"
@@ -31,8 +30,8 @@ class ScopedTestDir {
       std::filesystem::create_directories(folder);
   }
   ~ScopedTestDir() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
+    // In this form also what has a path of more than 260 units, which the library leaves behind.
+    Remove(L"\\\\?\\" + folder_);
   }
   ScopedTestDir(const ScopedTestDir&) = delete;
   ScopedTestDir& operator=(const ScopedTestDir&) = delete;
@@ -65,13 +64,33 @@ class ScopedTestDir {
   }
 
  private:
+  // A folder, ending in a backslash, with everything in it; of a link to a folder the link alone.
+  static void Remove(const std::wstring& folder) {
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((folder + L"*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) return;
+    do {
+      const std::wstring name = entry.cFileName, path = folder + name;
+      if (name == L"." || name == L"..") continue;
+      if ((entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0)
+        SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+      if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+        DeleteFileW(path.c_str());
+      else if ((entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+        RemoveDirectoryW(path.c_str());
+      else
+        Remove(path + L"\\");
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+    RemoveDirectoryW(folder.c_str());
+  }
   static std::wstring MakeFolder() {
     static int made = 0;
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() /
-        (L"kestrelon-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++made));
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
+    std::filesystem::path folder;
+    do {  // one that a program with the same number left behind may still be there
+      folder = std::filesystem::temp_directory_path() /
+               (L"kestrelon-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++made));
+    } while (!std::filesystem::create_directories(folder));
     return folder.wstring() + L"\\";
   }
 
