@@ -1,5 +1,5 @@
 // start-bench: the time from starting a program to its window on the screen, for several programs in turns;
-// the fastest of each goes into the file. start_bench.py runs it on a desktop.
+// the median and the fastest of each go into the file. start_bench.py runs it on a desktop.
 //
 //   start-bench FILE ROUNDS PROGRAM OTHER-PROGRAM...
 #include "app/base/Win32.h"
@@ -67,15 +67,18 @@ int wmain(int count, wchar_t** arguments) {
   }
   try {
     const std::vector<std::wstring> programs(arguments + 3, arguments + count);
-    std::vector<double> fastest(programs.size(), 1e9);
-    for (int round = std::stoi(arguments[2]); round > 0; --round) {
-      for (std::size_t i = 0; i < programs.size(); ++i)
-        fastest[i] = std::min(fastest[i], StartAndEnd(programs[i]));
+    std::vector<std::vector<double>> times(programs.size());
+    const int rounds = std::max(1, std::stoi(arguments[2]));
+    for (int round = 0; round < rounds; ++round) {
+      for (std::size_t i = 0; i < programs.size(); ++i) times[i].push_back(StartAndEnd(programs[i]));
     }
-    std::printf("from start to window: %.1f ms\n", fastest[0]);
+    for (std::vector<double>& each : times) std::sort(each.begin(), each.end());
+    const auto median = [&](std::size_t i) { return times[i][times[i].size() / 2]; };
+    std::printf("from start to window: median %.1f ms, fastest %.1f ms\n", median(0), times[0].front());
     for (std::size_t i = 1; i < programs.size(); ++i) {
       const std::wstring name = programs[i].substr(programs[i].rfind(L'\\') + 1);
-      std::printf("   %.2f times %ls with its %.1f ms\n", fastest[0] / fastest[i], name.c_str(), fastest[i]);
+      std::printf("   %.2f, %.2f times %ls with its %.1f ms, %.1f ms\n", median(0) / median(i),
+                  times[0].front() / times[i].front(), name.c_str(), median(i), times[i].front());
     }
     return 0;
   } catch (const std::exception& error) {
