@@ -27,7 +27,6 @@ namespace {
 constexpr UINT kTree = 101, kList = 102, kStatus = 103, kToolbarId = 104, kText1 = 105;
 constexpr UINT kFirstToolbarCommand = 200;  // + the button's number
 constexpr UINT kFirstMenuCommand = 300;
-constexpr int kToolbarSeparator = 5;
 constexpr UINT kTrayMessage = WM_APP + 1;
 
 constexpr double kBarWidth = 75;
@@ -201,7 +200,7 @@ void MainForm::FitToDpi() {
 void MainForm::ShowIconsForDpi() {
   for (const auto& [kind, measure] : {std::pair{ICON_BIG, SM_CXICON}, std::pair{ICON_SMALL, SM_CXSMICON}})
     ::SendMessageW(Handle(), WM_SETICON, static_cast<WPARAM>(kind),
-                   reinterpret_cast<LPARAM>(ProgramIcon(::GetSystemMetricsForDpi(measure, dpi_))));
+                   reinterpret_cast<LPARAM>(win::ProgramIcon(::GetSystemMetricsForDpi(measure, dpi_))));
 }
 
 void MainForm::LoadPicturesForDpi() {
@@ -340,7 +339,7 @@ void MainForm::Picture1_MouseUp() {
 void MainForm::GoToTray() {
   listHelpers_.tip.Hide();
   // Without a notification area the window stays in the task bar, or nothing would bring it back.
-  if (cSysTray1_.Add(ProgramIcon(::GetSystemMetricsForDpi(SM_CXSMICON, dpi_)), program_.productName)) {
+  if (cSysTray1_.Add(win::ProgramIcon(::GetSystemMetricsForDpi(SM_CXSMICON, dpi_)), program_.productName)) {
     ::ShowWindow(Handle(), SW_HIDE);
   }
 }
@@ -387,24 +386,26 @@ void MainForm::PaneActivated(bool list) {
 }
 
 void MainForm::EnableToolbar() {
-  // Those behind the separator follow the selection of the list, see items::EnableItemButtons.
-  for (int number = 1; number < kToolbarSeparator; ++number) {
-    const MainFormTables::ToolbarButton& button =
-        MainFormTables::kToolbar[static_cast<std::size_t>(number) - 1];
-    Toolbar1_.Enable(number, (parts_.listPaneActive ? button.list : button.tree) != nullptr);
+  int number = 0;
+  for (const MainFormTables::ToolbarButton& button : MainFormTables::kToolbar) {
+    // Those behind the separator follow the selection of the list, see items::EnableItemButtons.
+    if (button.image < 0) break;
+    Toolbar1_.Enable(++number, (parts_.listPaneActive ? button.list : button.tree) != nullptr);
   }
 }
 
 void MainForm::ReadToolbarTips() {
   const lang::WindowTexts texts(program_, Name());
-  for (std::size_t i = 0; i < MainFormTables::kToolbar.size(); ++i) {
-    const MainFormTables::ToolbarButton& button = MainFormTables::kToolbar[i];
-    const int number = static_cast<int>(i) + 1;
-    if (number == kToolbarSeparator) continue;
-    const std::wstring key = L"Toolbar1_" + std::to_wstring(number);
-    Toolbar1_.SetTip(number, parts_.listPaneActive || number > kToolbarSeparator
-                                 ? texts.Text(key, button.listTip)
-                                 : texts.Text(key + L"_tree", button.treeTip));
+  bool ofList = parts_.listPaneActive;
+  int number = 0;
+  for (const MainFormTables::ToolbarButton& button : MainFormTables::kToolbar) {
+    const std::wstring key = L"Toolbar1_" + std::to_wstring(++number);
+    if (button.image < 0) {
+      ofList = true;  // behind the separator everything is
+    } else {
+      Toolbar1_.SetTip(number,
+                       ofList ? texts.Text(key, button.listTip) : texts.Text(key + L"_tree", button.treeTip));
+    }
   }
 }
 

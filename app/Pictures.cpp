@@ -9,9 +9,9 @@
 namespace kestrelon::app {
 namespace {
 
-HICON LoadPicture(int id, int pixels, UINT flags) {
-  return static_cast<HICON>(
-      ::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON, pixels, pixels, flags));
+HICON LoadPicture(int id, int pixels) {
+  return static_cast<HICON>(::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(id), IMAGE_ICON,
+                                         pixels, pixels, LR_DEFAULTCOLOR));
 }
 
 const void* Resource(int id, const wchar_t* type, std::size_t leastBytes) {
@@ -112,8 +112,7 @@ win::UniqueImageList LoadPictures(std::initializer_list<int> iconIds, int pixels
   int position = 0;
   for (const int id : iconIds) {
     if (!strip.PutStored(position, id)) {
-      if (const win::UniqueIcon icon(LoadPicture(id, pixels, LR_DEFAULTCOLOR)); icon)
-        strip.Put(position, icon.get());
+      if (const win::UniqueIcon icon(LoadPicture(id, pixels)); icon) strip.Put(position, icon.get());
     }
     ++position;
   }
@@ -121,7 +120,5 @@ win::UniqueImageList LoadPictures(std::initializer_list<int> iconIds, int pixels
   strip.AddTo(list.get());
   return list;
 }
-
-HICON ProgramIcon(int pixels) { return LoadPicture(IDI_PROGRAM, pixels, LR_DEFAULTCOLOR | LR_SHARED); }
 
 }  // namespace kestrelon::app

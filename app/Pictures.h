@@ -11,7 +11,4 @@ namespace kestrelon::app {
 // that is missing leaves an empty place, so that the positions stay.
 win::UniqueImageList LoadPictures(std::initializer_list<int> iconIds, int pixels);
 
-// The program's own icon in a size; borrowed from the module's shared icons.
-HICON ProgramIcon(int pixels);
-
 }  // namespace kestrelon::app

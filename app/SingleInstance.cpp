@@ -7,8 +7,9 @@
 namespace kestrelon::app {
 namespace {
 
-constexpr DWORD kLookAgain = 50;  // milliseconds between two looks for the other's window
-constexpr UINT kPatience = 2000;  // milliseconds that a window may take to answer
+// Milliseconds.
+constexpr DWORD kLookAgain = 50;    // between two looks for the other's window
+constexpr UINT kAnswerTime = 2000;  // that a window may take to answer
 
 // FNV-1a over the folder in lower case: the same folder gives the same mark in every process.
 std::uint32_t MarkOf(std::wstring folder) {
@@ -56,7 +57,7 @@ bool SingleInstance::WakeTheOther() const {
   for (HWND window = nullptr;
        (window = ::FindWindowExW(nullptr, window, kMainFormClass, nullptr)) != nullptr;) {
     DWORD_PTR answer = 0;
-    if (::SendMessageTimeoutW(window, WakeMessage(), mark_, 0, SMTO_ABORTIFHUNG, kPatience, &answer) != 0 &&
+    if (::SendMessageTimeoutW(window, WakeMessage(), mark_, 0, SMTO_ABORTIFHUNG, kAnswerTime, &answer) != 0 &&
         static_cast<LRESULT>(answer) == kAwake)
       return true;
   }

@@ -19,7 +19,7 @@ class SingleInstance {
   // False while another process holds this data folder.
   bool IsFirst() const { return first_; }
   // Brings the window of the process that holds the folder to the front, and gives false then. That process
-  // may be just starting or just ending and have no window: waits for either, at most `milliseconds`, and
+  // may be just starting or just ending and have no window: waits for either, about `milliseconds`, and
   // gives true when it has gone and this one is the first now.
   bool BecomeFirst(DWORD milliseconds);
 

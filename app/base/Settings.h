@@ -13,8 +13,8 @@ std::wstring ReadIni(std::wstring_view section, std::wstring_view key, std::wstr
 void WriteIni(std::wstring_view section, std::wstring_view key, std::wstring_view value,
               std::wstring_view file);
 
-// A section of such a file as it was when this was made. Gives what ReadIni gives, but for a section that is
-// wanted whole: ReadIni opens the file and looks through it for every key.
+// A section of such a file as it was when this was made. Gives what ReadIni gives (lines that begin with ";"
+// apart), for a section that is wanted whole: ReadIni opens the file and looks through it for every key.
 class IniSection {
  public:
   IniSection(std::wstring_view section, std::wstring_view file);

@@ -18,6 +18,7 @@ def windows_path(path):
 
 with Desktop("start-bench") as desktop:
     result = desktop.drive / "start.txt"
-    desktop.start(BENCH / "start-bench.exe", "C:\\start.txt", ROUNDS, windows_path(ROOT / "build/windows/Kestrelon/Kestrelon.exe"),
-                  windows_path(BENCH / "bare-window.exe"), windows_path(BENCH / "bare-window-with-controls.exe"))
+    programs = (ROOT / "build/windows/Kestrelon/Kestrelon.exe", BENCH / "bare-window.exe",
+                BENCH / "bare-window-with-controls.exe")
+    desktop.start(BENCH / "start-bench.exe", "C:\\start.txt", ROUNDS, *map(windows_path, programs))
     print(wait_for("the result", lambda: result.exists() and result.read_text(), 300).strip())

@@ -36,6 +36,27 @@ TEST_F(Dpi, KeepsTheRelationsOfThePanes) {
   EXPECT_EQ(WidthOf(List().Handle()), win::PixelsFromTwips(InnerWidth() * 10.0 - 3080, 144));
 }
 
+// The width of an icon in pixels.
+int WidthOfIcon(HICON icon) {
+  ICONINFO parts{};
+  if (!GetIconInfo(icon, &parts)) return 0;
+  const win::UniqueBitmap colors(parts.hbmColor), mask(parts.hbmMask);
+  BITMAP bitmap{};
+  return GetObjectW(colors.get(), sizeof bitmap, &bitmap) == 0 ? 0 : bitmap.bmWidth;
+}
+
+TEST_F(Dpi, ShowsTheProgramsIconInTheSizeOfTheMonitor) {
+  Start();
+  const HWND window = form->Handle();
+  EXPECT_EQ(WidthOfIcon(reinterpret_cast<HICON>(GetClassLongPtrW(window, GCLP_HICON))), 32);
+  EXPECT_EQ(WidthOfIcon(reinterpret_cast<HICON>(GetClassLongPtrW(window, GCLP_HICONSM))), 16);
+
+  ChangeTo(144, 1000, 700);
+
+  EXPECT_EQ(WidthOfIcon(reinterpret_cast<HICON>(SendMessageW(window, WM_GETICON, ICON_BIG, 0))), 48);
+  EXPECT_EQ(WidthOfIcon(reinterpret_cast<HICON>(SendMessageW(window, WM_GETICON, ICON_SMALL, 0))), 24);
+}
+
 TEST_F(Dpi, TakesTheSuggestedPlace) {
   Start();
   ChangeTo(144, 1000, 700);

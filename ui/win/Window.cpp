@@ -19,12 +19,6 @@ void ShowLastResort(const char* what) {
 
 LastResort lastResort = &ShowLastResort;
 
-HICON ProgramIcon(HINSTANCE instance, int measure) {
-  const int pixels = ::GetSystemMetrics(measure);
-  return static_cast<HICON>(::LoadImageW(instance, MAKEINTRESOURCEW(kProgramIcon), IMAGE_ICON, pixels, pixels,
-                                         LR_DEFAULTCOLOR | LR_SHARED));
-}
-
 void RegisterClassOnce(const wchar_t* name, WNDPROC procedure) {
   const HINSTANCE instance = ::GetModuleHandleW(nullptr);
   WNDCLASSEXW known{};
@@ -34,10 +28,9 @@ void RegisterClassOnce(const wchar_t* name, WNDPROC procedure) {
   type.cbSize = sizeof type;
   type.lpfnWndProc = procedure;
   type.hInstance = instance;
-  // Null without such a resource: no icon. Both sizes, or the system would make the small one of the large
-  // one.
-  type.hIcon = ProgramIcon(instance, SM_CXICON);
-  type.hIconSm = ProgramIcon(instance, SM_CXSMICON);
+  // Both sizes, or the system would make the small one of the large one.
+  type.hIcon = ProgramIcon(::GetSystemMetrics(SM_CXICON));
+  type.hIconSm = ProgramIcon(::GetSystemMetrics(SM_CXSMICON));
   type.hCursor = ::LoadCursorW(nullptr, IDC_ARROW);
   type.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
   type.lpszClassName = name;
@@ -45,6 +38,11 @@ void RegisterClassOnce(const wchar_t* name, WNDPROC procedure) {
 }
 
 }  // namespace
+
+HICON ProgramIcon(int pixels) {
+  return static_cast<HICON>(::LoadImageW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(kProgramIcon),
+                                         IMAGE_ICON, pixels, pixels, LR_DEFAULTCOLOR | LR_SHARED));
+}
 
 LastResort SetLastResort(LastResort handler) { return std::exchange(lastResort, handler); }
 

@@ -18,6 +18,9 @@ struct WindowSpec {
   HMENU menu = nullptr;  // the window takes it over
 };
 
+// The program's icon in a size, of those that the module shares; null where the module has none.
+HICON ProgramIcon(int pixels);
+
 // A window of the program's own. The object owns the window and outlives it. It must stay where it is in
 // memory while the window lives. Every message goes through OnMessage; an exception that leaves it is shown
 // in a box and goes no further, since nothing may leave a window procedure.
