@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "jet/database/Database.h"
+#include "jet/page/RedoLog.h"
 #include "jet/sql/Convert.h"
 #include "jet/sql/Executor.h"
 #include "jet/sql/TextCompare.h"
@@ -53,6 +54,12 @@ std::filesystem::path DataSource(std::u16string_view connection) {
   return std::filesystem::path(source);
 }
 
+// One of the two files of a log.
+std::filesystem::path LogFile(std::filesystem::path log, std::size_t file) {
+  log += file == 0 ? ".1" : ".2";
+  return log;
+}
+
 // The face tells only that a file is no database it can use; where the bytes contradict the format is for
 // those who look into files.
 std::unique_ptr<Database> OpenDatabase(std::unique_ptr<File> file, const std::filesystem::path& path) {
@@ -71,8 +78,12 @@ struct Session {
   std::unique_ptr<Database> database;       // kept when closed
   std::unique_ptr<sql::Executor> executor;  // together with its lookups
   bool open = false;
+  bool written = false;  // since it was opened
   std::uint64_t opening = 0;
+  std::filesystem::path logPath;  // empty: no log
+  std::shared_ptr<RedoLog> log;
 
+  bool Changed() const { return open && (database->Dirty() || (log && log->NoteChanged())); }
   void Drop() {
     executor.reset();
     database.reset();
@@ -88,6 +99,7 @@ struct Session {
     } catch (...) {
       // The file is gone, and its content with it.
     }
+    if (log) log->DropNote();
     Drop();
   }
 };
@@ -145,19 +157,23 @@ void Connection::Open() {
     session.executor = std::make_unique<sql::Executor>(*session.database);
     session.path = std::move(path);
     session.stamp = stamp;
+    if (session.log) session.log->Restart();
+    session.database->SetLog(session.log);
   }
   session.open = true;
+  session.written = false;
   ++session.opening;
 }
 
 void Connection::Close() {
   Session& session = *state_->session;
   if (!session.open) return;
+  const bool flushed = session.written, unwritten = session.Changed();
   session.open = false;
   ++session.opening;
   try {
-    const bool changed = session.database->Dirty();
-    if (changed) session.database->Flush();
+    const bool changed = flushed || unwritten;
+    if (unwritten) session.database->Flush();
     session.database->DetachFile().reset();
     // After the file is closed: before that its time may not be the last one.
     if (changed) session.stamp = StampOf(session.path);
@@ -165,6 +181,80 @@ void Connection::Close() {
     session.LeaveUnwritten();
     throw;
   }
+}
+
+void Connection::Flush() {
+  Session& session = *state_->session;
+  if (!session.open) ThrowClosed();
+  if (!session.Changed()) return;
+  session.written = true;  // perhaps in part
+  session.database->Flush();
+}
+
+bool Connection::Changed() const { return state_->session->Changed(); }
+
+void Connection::SetLog(std::filesystem::path log) {
+  Session& session = *state_->session;
+  if (session.open) ThrowOpen();
+  if (session.logPath == log) return;
+  if (session.database && session.database->Unfinished())
+    throw Error(code::kGeneric, u"The log cannot be changed while a write is unfinished.");
+  session.log.reset();
+  if (!log.empty()) {
+    session.log = std::make_shared<RedoLog>([log, opener = state_->opener](std::size_t file) {
+      return opener(LogFile(log, file), OpenMode::kOpenOrCreate);
+    });
+  }
+  session.logPath = std::move(log);
+  if (session.database) session.database->SetLog(session.log);
+}
+
+void Connection::SetNote(std::vector<std::uint8_t> note) {
+  if (state_->session->log) state_->session->log->SetNote(std::move(note));
+}
+
+void Connection::FinishWriting() {
+  Session& session = *state_->session;
+  if (!session.database || !session.database->Unfinished()) return;
+  if (session.open) {
+    Flush();
+  } else {
+    Open();
+    Close();
+  }
+}
+
+void Connection::Checkpoint() {
+  Session& session = *state_->session;
+  if (!session.log) return;
+  if (session.open && session.database->Dirty()) ThrowOpen();
+  FinishWriting();
+  session.log->Checkpoint();
+}
+
+void Connection::RemoveLog() {
+  Session& session = *state_->session;
+  if (!session.log) return;
+  FinishWriting();
+  // The older record first: by itself it would bring an old note back.
+  const std::size_t older = session.log->Close();
+  for (const std::size_t file : {older, 1 - older}) {
+    std::error_code failure;
+    const std::filesystem::path path = LogFile(session.logPath, file);
+    std::filesystem::remove(path, failure);
+    if (failure) throw Error(code::kGeneric, u"Could not delete '" + path.u16string() + u"'.");
+  }
+}
+
+std::optional<std::vector<std::uint8_t>> RecoverFromLog(const std::filesystem::path& database,
+                                                        const std::filesystem::path& log, FileOpener opener) {
+  std::unique_ptr<File> files[2];
+  for (std::size_t file = 0; file < std::size(files); ++file) {
+    const std::filesystem::path path = LogFile(log, file);
+    std::error_code failure;
+    if (std::filesystem::exists(path, failure) || failure) files[file] = opener(path, OpenMode::kRead);
+  }
+  return Recover(files[0].get(), files[1].get(), [&] { return opener(database, OpenMode::kReadWrite); });
 }
 
 void Connection::Forget() {

@@ -18,9 +18,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "jet/base/Error.h"
 #include "jet/base/File.h"
@@ -60,6 +62,29 @@ class Connection {
   // is kept here: the next Open() goes on with it, and the next Close() writes it.
   void Close();
 
+  // Writes as Close() does, and stays open, recordsets too. After a failure the changes are still there, and
+  // it can be called again.
+  void Flush();
+  // Open, with changes that are not on disk.
+  bool Changed() const;
+
+  // From now on every write is first kept in a redo log beside the database, so that RecoverFromLog() can
+  // finish or undo a write that a stop cut off. The log's two files are called `log` with ".1" and ".2"
+  // behind it; they stay open until RemoveLog() or the end, and serve one connection at a time. Empty path:
+  // no log. Throws code::kObjectOpen while open. A write that fails because of the log leaves the database as
+  // it was.
+  void SetLog(std::filesystem::path log);
+  // Bytes of the caller's, at most 64 KiB, that become durable with the next write, in the same instant as
+  // the changes. A changed note is written even where nothing else changed. Lost, like the changes, when a
+  // Close() fails that loses them. Of no effect without a log.
+  void SetNote(std::vector<std::uint8_t> note);
+  // Leaves in both files of the log that there is nothing to redo, with the note. To be called before the
+  // database file is replaced by another one: else a stop would bring pages of the old file into the new one.
+  // Throws code::kObjectOpen while open with changes.
+  void Checkpoint();
+  // Deletes both files, at a clean end.
+  void RemoveLog();
+
   // Drops what was kept of the last file, so that the next Open() reads it anew. For callers that replace
   // files.
   void Forget();
@@ -71,9 +96,20 @@ class Connection {
 
  private:
   friend class Recordset;
+  void FinishWriting();
+
   struct State_;
   std::unique_ptr<State_> state_;
 };
+
+// Brings a database that a stop may have left half written to the state of the last write that reached the
+// log, and returns the note of that write. Can itself be stopped at any point and begun again. To be called
+// before the database is opened. nullopt: there is no log, none of its records is whole, or the database was
+// being written without the log; it is then left alone, and whether it can be opened is for Open() to say.
+// Throws where a file is there and cannot be read or written.
+std::optional<std::vector<std::uint8_t>> RecoverFromLog(const std::filesystem::path& database,
+                                                        const std::filesystem::path& log,
+                                                        FileOpener opener = OpenFile);
 
 // The rows of one SELECT, walked forward; AddNew/Update append rows to the table it reads. Which rows there
 // are is fixed when it is opened; what is in them is read when it is asked for, and a row that has been

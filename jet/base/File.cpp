@@ -46,9 +46,10 @@ constexpr int kSharingViolation = 32, kLockViolation = 33;  // numbers of the op
 
 int OpenDescriptor(const std::filesystem::path& path, OpenMode mode, int& error, bool& inUse) {
   const int flags = _O_BINARY | _O_NOINHERIT |
-                    (mode == OpenMode::kRead        ? _O_RDONLY
-                     : mode == OpenMode::kReadWrite ? _O_RDWR
-                                                    : _O_RDWR | _O_CREAT | _O_EXCL);
+                    (mode == OpenMode::kRead           ? _O_RDONLY
+                     : mode == OpenMode::kReadWrite    ? _O_RDWR
+                     : mode == OpenMode::kOpenOrCreate ? _O_RDWR | _O_CREAT
+                                                       : _O_RDWR | _O_CREAT | _O_EXCL);
   int descriptor = -1;
   error = _wsopen_s(&descriptor, path.c_str(), flags, mode == OpenMode::kRead ? _SH_DENYWR : _SH_DENYRW,
                     _S_IREAD | _S_IWRITE);
@@ -66,11 +67,15 @@ std::int64_t WriteSome(int descriptor, std::uint64_t offset, const std::uint8_t*
   return _write(descriptor, bytes, static_cast<unsigned>(size));
 }
 bool Synchronize(int descriptor) { return _commit(descriptor) == 0; }
+bool SetSize(int descriptor, std::uint64_t size) {
+  return _chsize_s(descriptor, static_cast<std::int64_t>(size)) == 0;
+}
 #else
 int OpenDescriptor(const std::filesystem::path& path, OpenMode mode, int& error, bool& inUse) {
-  const int flags = O_CLOEXEC | (mode == OpenMode::kRead        ? O_RDONLY
-                                 : mode == OpenMode::kReadWrite ? O_RDWR
-                                                                : O_RDWR | O_CREAT | O_EXCL);
+  const int flags = O_CLOEXEC | (mode == OpenMode::kRead           ? O_RDONLY
+                                 : mode == OpenMode::kReadWrite    ? O_RDWR
+                                 : mode == OpenMode::kOpenOrCreate ? O_RDWR | O_CREAT
+                                                                   : O_RDWR | O_CREAT | O_EXCL);
   inUse = false;
   const int descriptor = ::open(path.c_str(), flags, 0666);
   error = errno;
@@ -92,6 +97,9 @@ std::int64_t WriteSome(int descriptor, std::uint64_t offset, const std::uint8_t*
   return ::pwrite(descriptor, bytes, size, static_cast<off_t>(offset));
 }
 bool Synchronize(int descriptor) { return ::fsync(descriptor) == 0; }
+bool SetSize(int descriptor, std::uint64_t size) {
+  return ::ftruncate(descriptor, static_cast<off_t>(size)) == 0;
+}
 #endif
 
 class DiskFile final : public File {
@@ -136,6 +144,10 @@ class DiskFile final : public File {
     if (!Synchronize(descriptor_)) ThrowFailed(u"write", name_, errno);
   }
 
+  void Resize(std::uint64_t size) override {
+    if (!SetSize(descriptor_, size)) ThrowFailed(u"write", name_, errno);
+  }
+
  private:
   int descriptor_;
   bool readOnly_;
@@ -162,6 +174,7 @@ class MemoryFile final : public File {
   }
 
   void Flush() override {}
+  void Resize(std::uint64_t size) override { bytes_->resize(static_cast<std::size_t>(size)); }
 
  private:
   std::shared_ptr<std::vector<std::uint8_t>> bytes_;
@@ -193,6 +206,12 @@ class FailingFile final : public File {
     inner_->Flush();
   }
 
+  void Resize(std::uint64_t size) override {
+    if (left_ == 0) Fail();
+    --left_;
+    inner_->Resize(size);
+  }
+
  private:
   [[noreturn]] static void Fail() { ThrowFailed(u"write", u"the failing file", ENOSPC); }
 
@@ -202,6 +221,10 @@ class FailingFile final : public File {
 };
 
 }  // namespace
+
+void File::Resize(std::uint64_t /*size*/) {
+  throw Error(code::kGeneric, u"The length of this file cannot be changed.");
+}
 
 std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode) {
   int error = 0;

@@ -21,13 +21,16 @@ class File {
   virtual void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) = 0;
   // Returns when what was written is on the disk.
   virtual void Flush() = 0;
+  // Makes the file shorter, or longer by zeros. Not every file can.
+  virtual void Resize(std::uint64_t size);
 };
 
 enum class OpenMode {
-  kRead,       // shared with other readers
-  kReadWrite,  // for this process alone; a file that others have open is "in use"; a read-only file falls
-               // back to kRead and fails at the first write
-  kCreate,     // must not exist yet; for this process alone
+  kRead,          // shared with other readers
+  kReadWrite,     // for this process alone; a file that others have open is "in use"; a read-only file falls
+                  // back to kRead and fails at the first write
+  kCreate,        // must not exist yet; for this process alone
+  kOpenOrCreate,  // like kReadWrite, but a file that is missing is made and a read-only one is an error
 };
 
 std::unique_ptr<File> OpenFile(const std::filesystem::path& path, OpenMode mode);

@@ -13,6 +13,8 @@
 
 namespace kestrelon::jet {
 
+class RedoLog;
+
 // A table to be made by CreateDatabase.
 struct NewColumn {
   std::u16string name;
@@ -53,10 +55,14 @@ class Database {
   virtual void Commit() = 0;
   virtual void Rollback() = 0;
 
+  // Every Flush() from now on goes through this log; null: through none.
+  virtual void SetLog(std::shared_ptr<RedoLog> log) = 0;
   // Writes the changed pages. A stop at any write leaves a file that opens with the old content or the new,
-  // or that Open() refuses as damaged. After a failure it can be called again.
+  // or that Open() refuses as damaged; with a log, one that Recover() gives the old content or the new. After
+  // a failure it can be called again.
   virtual void Flush() = 0;
-  // Whether a Flush() that failed may have left a file that Open() refuses; the content is in memory only.
+  // Whether a Flush() that failed may have left a file that Open() refuses or misreads; the content is in
+  // memory, or in the log, only.
   virtual bool Unfinished() const = 0;
   virtual bool Dirty() const = 0;
 

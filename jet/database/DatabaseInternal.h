@@ -83,6 +83,7 @@ class DatabaseImpl final : public Database {
   void Begin() override;
   void Commit() override;
   void Rollback() override;
+  void SetLog(std::shared_ptr<RedoLog> log) override { pager_.SetLog(std::move(log)); }
   void Flush() override;
   bool Unfinished() const override { return pager_.Unfinished(); }
   bool Dirty() const override;

@@ -16,7 +16,7 @@ Pager::Pager(std::unique_ptr<File> file) : file_(std::move(file)) {
   const std::uint64_t pages = file_->Size() / kPageSize;
   if (pages < 2) throw CorruptFile(u"Unrecognized database format: the file is too short.");
   if (pages > kMostPages) throw CorruptFile(u"Unrecognized database format: the file is longer than 2 GB.");
-  pageCount_ = static_cast<std::uint32_t>(pages);
+  pageCount_ = pagesOnDisk_ = static_cast<std::uint32_t>(pages);
   slabs_.resize((pageCount_ + kSlabPages - 1) / kSlabPages);
   states_.resize(pageCount_);
   free_.resize(pageCount_ / 64 + 1);
@@ -265,20 +265,66 @@ void Pager::WriteMark() {
 }
 
 void Pager::Flush() {
-  if (!Dirty() && freedRecently_.empty()) return;
+  if (!AnythingToWrite() && !Unfinished()) return;
   if (!file_) throw Error(code::kObjectClosed, u"Operation is not allowed when the object is closed.");
+  if (log_ && log_->Pending()) log_->Finish(*file_);
+  if (!AnythingToWrite()) return;
   // The map to be written has them free; they are not handed out before it is written.
   for (const std::uint32_t page : freedRecently_) global_map::Set(*this, page, true);
-  const std::vector<std::uint32_t> fresh = DirtyPages(true);
+  const std::vector<std::uint32_t> fresh = DirtyPages(true), inUse = DirtyPages(false);
+  // What the mark was set for is not in the log.
+  if (!log_ || unfinished_) {
+    FlushWithMark(fresh, inUse);
+  } else {
+    FlushWithLog(fresh, inUse);
+  }
+}
+
+void Pager::FlushWithMark(const std::vector<std::uint32_t>& fresh, const std::vector<std::uint32_t>& inUse) {
   // Left behind by a stop, pages that the file's map does not reach could never be told from pages in use.
   if (!fresh.empty() && fresh.back() >= mapReach_) WriteMark();
   WritePages(*file_, fresh);
   WriteMark();
-  WritePages(*file_, DirtyPages(false));
+  WritePages(*file_, inUse);
   file_->Flush();
   WriteQuietPair();
   file_->Flush();
   unfinished_ = false;
+  Written();
+}
+
+void Pager::FlushWithLog(const std::vector<std::uint32_t>& fresh, const std::vector<std::uint32_t>& inUse) {
+  const bool grows = !fresh.empty() && fresh.back() >= mapReach_;
+  log_->Prepare(pagesOnDisk_, grows);
+  try {
+    overlong_ = overlong_ || grows;
+    if (!fresh.empty()) {
+      WritePages(*file_, fresh);
+      file_->Flush();
+    }
+    log_->Append(pageCount_, inUse, [this](std::uint32_t page) { return Read(page); });
+  } catch (...) {
+    // The file is still the old one, but for pages behind its end.
+    try {
+      if (overlong_ && !log_->InDoubt()) {
+        file_->Resize(std::min(file_->Size(), std::uint64_t{pagesOnDisk_} * kPageSize));
+        overlong_ = false;
+      }
+    } catch (...) {
+      // The first failure is the one to tell.
+    }
+    throw;
+  }
+  Written();
+  if (inUse.empty()) return;
+  WritePages(*file_, inUse);
+  file_->Flush();
+  log_->Done();
+}
+
+// The file on disk, or the log, has everything now.
+void Pager::Written() {
+  overlong_ = false;
   for (const std::uint32_t page : freedRecently_) {
     states_[page].flags = static_cast<std::uint8_t>(states_[page].flags & ~kFreed);
     SetFreeBit(page, true);
@@ -291,12 +337,13 @@ void Pager::Flush() {
   dirty_.clear();
   dirtyCount_ = 0;
   mapReach_ = global_map::Reach(*this);
+  pagesOnDisk_ = pageCount_;
   ++epoch_;
 }
 
 void Pager::ReleaseClean() {
   pagesTaken_ = 0;
-  if (!file_ || unfinished_) return;  // the file may say less than the memory
+  if (!file_ || Unfinished()) return;  // the file may say less than the memory
   for (std::size_t slab = 0; slab < slabs_.size(); ++slab) {
     if (slabs_[slab] && !AnyDirty(slab)) Release(slab);
   }

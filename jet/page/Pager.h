@@ -8,6 +8,7 @@
 
 #include "jet/base/Bytes.h"
 #include "jet/base/File.h"
+#include "jet/page/RedoLog.h"
 
 namespace kestrelon::jet {
 
@@ -77,15 +78,26 @@ class Pager {
   void Rollback();
   bool InTransaction() const { return inTransaction_; }
 
-  bool Dirty() const { return dirtyCount_ != 0; }
-  // Writes the dirty pages to the file. First come those that the file on disk does not use yet; then the
-  // file is marked as being written, the pages in use are written, and the mark is taken off. Each step is on
-  // the disk before the next one begins, so that a stop at any point leaves the old content, the new content
-  // or the mark. (Where the global map has to grow, the mark comes first of all.) Freed pages are not written
-  // at all. After a failure it can be called again.
+  // Writes go through this log from now on; null: no log.
+  void SetLog(std::shared_ptr<RedoLog> log) { log_ = std::move(log); }
+
+  bool Dirty() const { return dirtyCount_ != 0 || Unfinished(); }
+  // Writes the dirty pages to the file, and the log's note where it changed. Freed pages are not written at
+  // all. After a failure it can be called again.
+  //
+  // Without a log: pages that the file on disk does not use yet, and the mark "being written"; flush; the
+  // pages in use; flush; the old value in place of the mark; flush. So a stop at any point leaves the old
+  // content, the new content or the mark. (The first two need no order among them: until the pages in use are
+  // written, the content is the old one with the mark or without. Only where the global map has to grow is
+  // the mark flushed before the new pages.)
+  //
+  // With a log: see there. A stop at any point leaves what Recover() makes the old content or the new one of.
   void Flush();
-  // Whether a Flush() that failed may have left the file marked: what the file should hold is here only.
-  bool Unfinished() const { return unfinished_; }
+  // Whether a Flush() that failed may have left a file that is not whole, or longer than its map: what the
+  // file should hold is here only, or in the log.
+  bool Unfinished() const {
+    return unfinished_ || overlong_ || (log_ && (log_->Pending() || log_->InDoubt()));
+  }
   // Writes the whole image of a new file, or what Spill() has left of it. The pages with the header come
   // last: what a stop leaves is no database.
   void WriteAll(File& file);
@@ -134,6 +146,12 @@ class Pager {
     return page / 64 < free_.size() && (free_[page / 64] >> page % 64 & 1) != 0;
   }
   void SetFreeBit(std::uint32_t page, bool free);
+  bool AnythingToWrite() const {
+    return dirtyCount_ != 0 || !freedRecently_.empty() || unfinished_ || (log_ && log_->NoteChanged());
+  }
+  void FlushWithMark(const std::vector<std::uint32_t>& fresh, const std::vector<std::uint32_t>& inUse);
+  void FlushWithLog(const std::vector<std::uint32_t>& fresh, const std::vector<std::uint32_t>& inUse);
+  void Written();
   void WriteMark();
   void WriteQuietPair();
 
@@ -150,7 +168,10 @@ class Pager {
   std::vector<std::uint64_t> free_;           // pages that may be handed out now
   std::vector<std::uint32_t> freedRecently_;  // free, but still in use by the file on disk
   std::uint32_t mapReach_ = 0;                // of the global map in the file on disk
-  bool unfinished_ = false;
+  std::uint32_t pagesOnDisk_ = 0;             // in the state that the file on disk is in
+  std::shared_ptr<RedoLog> log_;
+  bool unfinished_ = false;  // the file may be marked
+  bool overlong_ = false;    // there may be pages behind those on disk that its map does not reach
 
   std::uint32_t epoch_ = 1;
   bool inTransaction_ = false;
