@@ -153,11 +153,16 @@ void Connection::Open() {
     session.database->AttachFile(std::move(file));
   } else {
     session.Drop();
+    if (session.log) {
+      // What Forget() dropped may be in the log only.
+      if (session.log->Pending() && session.path == path && session.stamp == stamp)
+        session.log->Finish(*file);
+      session.log->Restart();
+    }
     session.database = OpenDatabase(std::move(file), path);
     session.executor = std::make_unique<sql::Executor>(*session.database);
     session.path = std::move(path);
     session.stamp = stamp;
-    if (session.log) session.log->Restart();
     session.database->SetLog(session.log);
   }
   session.open = true;

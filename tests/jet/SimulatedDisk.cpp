@@ -1,6 +1,7 @@
 #include "tests/jet/SimulatedDisk.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <utility>
 
@@ -50,8 +51,8 @@ std::unique_ptr<File> SimulatedDisk::Open(std::size_t file) {
 }
 
 std::size_t SimulatedDisk::Flushes() const {
-  return static_cast<std::size_t>(std::count_if(
-      steps_.begin(), steps_.end(), [](const Step& step) { return step.kind == Kind::kFlush; }));
+  return static_cast<std::size_t>(std::count_if(steps_.begin(), steps_.end(),
+                                                [](const Step& step) { return step.kind == Kind::kFlush; }));
 }
 
 SimulatedDisk::Image SimulatedDisk::Current() const {
@@ -95,16 +96,21 @@ std::vector<SimulatedDisk::Image> SimulatedDisk::Stops(std::size_t at, int subse
     }
   }
   for (int subset = 0; subset < subsets; ++subset) {
-    const unsigned kept = std::initializer_list<unsigned>{25, 90, 50, 98}.begin()[subset % 4];  // percent
+    const unsigned kept = std::array{25u, 90u, 50u, 98u}[static_cast<std::size_t>(subset % 4)];  // percent
+    const auto keeps = [&] { return random() % 100 < kept; };
+    const bool whole = subset % 4 == 2;  // calls rather than sectors
     Image& image = images.emplace_back(onDisk_);
     for (std::size_t file = 0; file < image.size(); ++file) {
       for (const std::size_t number : unflushed_[file]) {
         const Step& step = steps_[number];
-        if (step.kind == Kind::kResize && random() % 100 < kept) Do(image[file], step);
+        if (whole || step.kind == Kind::kResize) {
+          if (keeps()) Do(image[file], step);
+          continue;
+        }
         for (std::size_t done = 0; done < step.bytes.size();) {
           const std::size_t offset = static_cast<std::size_t>(step.offset) + done;
           const std::size_t piece = std::min(kSector - offset % kSector, step.bytes.size() - done);
-          if (random() % 100 < kept) Put(image[file], offset, std::span(step.bytes).subspan(done, piece));
+          if (keeps()) Put(image[file], offset, std::span(step.bytes).subspan(done, piece));
           done += piece;
         }
       }

@@ -26,8 +26,9 @@ class SimulatedDisk {
   // The files as they are now, for the process that goes on.
   Image Current() const;
 
-  // The images that a stop before the call `at` can leave: what was written until then; that and the beginning
-  // of the call; and, `subsets` times, any sectors of what was not flushed. Ascending calls are found fast.
+  // Images that a stop before the call `at` can leave: what was written until then; that and the beginning of
+  // the call; and, `subsets` times, any sectors or calls of what was not flushed, in whatever order they were
+  // made. Ascending calls are found fast.
   std::vector<Image> Stops(std::size_t at, int subsets, std::mt19937& random);
 
  private:

@@ -1,11 +1,9 @@
-#include <algorithm>
-#include <cstring>
 #include <random>
-#include <span>
+#include <string>
 #include <utility>
 
 #include "jet/base/Bytes.h"
-#include "tests/jet/Support.h"
+#include "tests/jet/SimulatedDisk.h"
 
 // What a stop of the program, or of the machine, leaves of a flush. The writes are recorded once; from the
 // record the file is put together as it may stand after a stop at each of them.
@@ -15,38 +13,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr std::size_t kSector = 512;
-
-// A call of WriteAt, or of Flush where `bytes` is empty.
-struct Step {
-  std::size_t offset = 0;
-  std::vector<std::uint8_t> bytes;
-};
-
-class RecordingFile final : public File {
- public:
-  RecordingFile(ByteVector bytes, std::vector<Step>& steps)
-      : inner_(OpenMemoryFile(std::move(bytes))), steps_(&steps) {}
-  std::uint64_t Size() const override { return inner_->Size(); }
-  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
-    inner_->ReadAt(offset, bytes);
-  }
-  void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
-    steps_->push_back({static_cast<std::size_t>(offset), {bytes.begin(), bytes.end()}});
-    inner_->WriteAt(offset, bytes);
-  }
-  void Flush() override { steps_->push_back({}); }
-
- private:
-  std::unique_ptr<File> inner_;
-  std::vector<Step>* steps_;
-};
-
-void Write(std::vector<std::uint8_t>& file, std::size_t offset, std::span<const std::uint8_t> bytes) {
-  if (file.size() < offset + bytes.size()) file.resize(offset + bytes.size());
-  std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(offset));
-}
 
 // What a file holds: the rows of all tables with their addresses.
 using Content = std::map<std::u16string, Rows>;
@@ -86,85 +52,40 @@ struct Outcomes {
 
 class Stops {
  public:
-  explicit Stops(const ByteVector& before)
-      : base_(*before), bytes_(CopyOf(before)), contents_{ContentOf(*OpenInMemory(before))} {}
+  explicit Stops(const ByteVector& before) : disk_({*before}), contents_{ContentOf(*OpenInMemory(before))} {}
 
   // Makes a change and writes it; to be called once for each flush.
   template <class Change>
   void Record(Change&& change) {
-    if (!database_) database_ = Database::Open(std::make_unique<RecordingFile>(bytes_, steps_), u"memory");
+    if (!database_) database_ = Database::Open(disk_.Open(0), u"memory");
     change(*database_);
     database_->Flush();
-    flushes_.push_back(steps_.size());
+    flushes_.push_back(disk_.Steps());
     contents_.push_back(ContentOf(*database_));
   }
 
-  std::size_t Pages() const { return bytes_->size() / kPageSize; }
+  std::size_t Pages() const { return disk_.Current()[0].size() / kPageSize; }
 
   // Tries the stops. `every`: only each so many-th call is stopped at.
   Outcomes Try(std::size_t every = 1) {
     Outcomes outcomes;
-    std::vector<std::uint8_t> onDisk = base_;   // what is on the disk for certain
-    std::vector<std::uint8_t> written = base_;  // what was written
-    std::size_t first = 0;                      // the first step that is not on the disk for certain
     std::size_t flush = 0;
-    for (std::size_t at = 0; at <= steps_.size(); ++at) {
+    for (std::size_t at = 0; at <= disk_.Steps(); ++at) {
       if (flush + 1 < flushes_.size() && at > flushes_[flush]) ++flush;
-      const Content &before = contents_[flush], &after = contents_[flush + 1];
-      const std::string where = "at call " + std::to_string(at);
-      if (at % every == 0 || at == steps_.size()) {
-        outcomes.Look(written, before, after, where);
-        LookAtTornWrite(outcomes, written, at, before, after, where);
-        LookAtLostWrites(outcomes, onDisk, first, at, before, after, where);
-      }
-      if (at == steps_.size()) break;
-      if (steps_[at].bytes.empty()) {
-        onDisk = written;
-        first = at + 1;
-      } else {
-        Write(written, steps_[at].offset, steps_[at].bytes);
+      if (at % every != 0 && at != disk_.Steps()) continue;
+      int number = 0;
+      for (const SimulatedDisk::Image& image : disk_.Stops(at, 4, random_)) {
+        outcomes.Look(image[0], contents_[flush], contents_[flush + 1],
+                      "at call " + std::to_string(at) + ", image " + std::to_string(number++));
       }
     }
     return outcomes;
   }
 
  private:
-  // All that was written before is there, and the beginning of this write.
-  void LookAtTornWrite(Outcomes& outcomes, const std::vector<std::uint8_t>& written, std::size_t at,
-                       const Content& before, const Content& after, const std::string& where) {
-    if (at == steps_.size()) return;
-    for (const std::size_t torn : {1, 20, 512, 4000, 5000}) {
-      if (torn >= steps_[at].bytes.size()) break;
-      std::vector<std::uint8_t> file = written;
-      Write(file, steps_[at].offset, std::span(steps_[at].bytes).first(torn));
-      outcomes.Look(file, before, after, where + ", torn after " + std::to_string(torn));
-    }
-  }
-
-  // The machine stopped: of what was written since the last flush any sector may be there or not.
-  void LookAtLostWrites(Outcomes& outcomes, const std::vector<std::uint8_t>& onDisk, std::size_t first,
-                        std::size_t last, const Content& before, const Content& after,
-                        const std::string& where) {
-    for (const unsigned kept : {25u, 90u}) {  // percent
-      std::vector<std::uint8_t> file = onDisk;
-      for (std::size_t i = first; i < last; ++i) {
-        const std::span<const std::uint8_t> bytes(steps_[i].bytes);
-        for (std::size_t done = 0; done < bytes.size();) {
-          const std::size_t offset = steps_[i].offset + done;
-          const std::size_t piece = std::min(kSector - offset % kSector, bytes.size() - done);
-          if (random_() % 100 < kept) Write(file, offset, bytes.subspan(done, piece));
-          done += piece;
-        }
-      }
-      outcomes.Look(file, before, after, where + ", sectors lost");
-    }
-  }
-
-  std::vector<std::uint8_t> base_;
-  ByteVector bytes_;
+  SimulatedDisk disk_;
   std::vector<Content> contents_;
-  std::vector<std::size_t> flushes_;  // number of steps after each
-  std::vector<Step> steps_;
+  std::vector<std::size_t> flushes_;  // number of calls after each
   std::unique_ptr<Database> database_;
   std::mt19937 random_{20261121};
 };
