@@ -4,7 +4,10 @@
 
 #include "app/base/File.h"
 #include "app/base/Settings.h"
+#include "lang/Messages.h"
+#include "lang/SelectLanguage.h"
 #include "store/Store.h"
+#include "store/UnsavedCollection.h"
 #include "ui/win/Boxes.h"
 
 namespace kestrelon::app {
@@ -21,6 +24,20 @@ void FreshCopy(const std::wstring& from, const std::wstring& to) {
     ThrowLastError(L"Making " + to + L" writable");
 }
 
+// Did an unclean end leave a collection that is in no slot? What cannot be recovered is not a reason never to
+// start again; it is kept for somebody who can.
+bool Recover(const Program& program, OutsideWorld& world) {
+  try {
+    return store::RecoverUnsaved(program);
+  } catch (const std::exception& error) {
+    const std::wstring kept = store::PutUnrecoveredAway(program);
+    win::Exclaim(world, nullptr,
+                 lang::Message(program, lang::kNotRecovered) + kept + L"\n\n" + win::ErrorText(error),
+                 program.productName);
+    return false;
+  }
+}
+
 }  // namespace
 
 Program NameProgram(const std::wstring& programFolder, const std::wstring& appData) {
@@ -33,17 +50,22 @@ Program NameProgram(const std::wstring& programFolder, const std::wstring& appDa
   return program;
 }
 
+void MakeDataFolder(const Program& program) {
+  if (!FolderExists(program.dataFolder)) ::CreateDirectoryW(program.dataFolder.c_str(), nullptr);
+}
+
 bool Connect(Program& program, OutsideWorld& world) {
   // Whatever goes wrong up to the connection test makes the test fail, and its box is the only one.
   const Settings settings(program.settingsFile);
   win::Quietly([&] {
-    if (!FolderExists(program.dataFolder)) ::CreateDirectoryW(program.dataFolder.c_str(), nullptr);
+    MakeDataFolder(program);
     settings.CreateWithDefaults();
   });
   program.languageName = settings.Read(L"language");
   win::Quietly([&] { FreshCopy(program.templateFolder + kTemplate, program.dataFolder + kTemplate); });
   if (!store::ConnectDatabase(program, world)) return false;
   return win::InRoutine(world, nullptr, L"Connect Error:", false, [&] {
+    program.unsavedFound = Recover(program, world);
     FreshCopy(program.dataFolder + kTemplate, program.dataFolder + program.workingDatabase);
     return true;
   });

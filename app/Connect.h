@@ -13,8 +13,12 @@ namespace kestrelon::app {
 // The names of everything: folders, settings file, product strings. Touches nothing on disk.
 Program NameProgram(const std::wstring& programFolder, const std::wstring& appData);
 
+// Makes the data folder where it is missing. A failure shows later: nothing can be put into it.
+void MakeDataFolder(const Program& program);
+
 // Makes the data folder, and the settings file with its defaults, where they are missing; reads the language;
-// copies the empty template, tests it and remakes the working database from it. False when the program cannot
+// copies the empty template, tests it, sets aside what an unclean end left unsaved, and remakes the working
+// database. False when the program cannot
 // go on; why has been shown by then, in exactly one box.
 bool Connect(Program& program, OutsideWorld& world);
 

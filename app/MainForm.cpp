@@ -28,6 +28,7 @@ constexpr UINT kTree = 101, kList = 102, kStatus = 103, kToolbarId = 104, kText1
 constexpr UINT kFirstToolbarCommand = 200;  // + the button's number
 constexpr UINT kFirstMenuCommand = 300;
 constexpr UINT kTrayMessage = WM_APP + 1;
+constexpr UINT_PTR kKeepTimer = 1;
 
 constexpr double kBarWidth = 75;
 constexpr double kInitialWidth = 13500, kInitialHeight = 8400;
@@ -131,6 +132,7 @@ void MainForm::WireEvents() {
     tree::TreeView1_MouseUp(parts, button, shift, point);
   };
   TreeView1_.events.gotFocus = [this] { PaneActivated(false); };
+  TreeView1_.events.changed = [this] { KeepSoon(); };
 
   ListView1_.events.columnClick = [this](std::size_t column) {
     items::ListView1_ColumnClick(parts_, listHelpers_, column);
@@ -371,6 +373,60 @@ bool MainForm::Form_QueryUnload() {
   }
 }
 
+void MainForm::LeaveCollection() {
+  // What cannot be set aside stays beside the working database, where the next start finds it.
+  KeepUnsaved();
+  const bool left = win::InRoutine(world_, Handle(), L"Form_Unload Error:", false, [&] {
+    unsaved_.SetAside();
+    return true;
+  });
+  if (left) unsaved_.Finish();
+}
+
+void MainForm::OfferUnsaved() {
+  const auto time = store::UnsavedTime(program_);
+  if (!std::exchange(program_.unsavedFound, false) || !time) return;
+  const std::wstring question = lang::Message(program_, lang::kOpenUnsavedQuestion) + TimeText(*time);
+  if (world_.messageBox(Handle(), question, program_.productName, MB_YESNO | MB_ICONQUESTION) != IDYES)
+    return;
+  store::LoadData(parts_, store::kUnsavedFile);
+  items::EnableItemCommands(parts_);
+}
+
+void MainForm::KeepSoon() {
+  if (keepPending_) return;
+  // A long operation changes the tree all the time, and is not to be held up by writing it.
+  constexpr UINT kSoon = 2000, kLater = 10'000;  // milliseconds
+  keepPending_ = ::SetTimer(Handle(), kKeepTimer, parts_.busy ? kLater : kSoon, nullptr) != 0;
+}
+
+void MainForm::KeepUnsaved() {
+  ::KillTimer(Handle(), kKeepTimer);
+  keepPending_ = false;
+  // A disk that is full now may have room later.
+  if (!win::Quietly([&] { unsaved_.Keep(); })) KeepSoon();
+}
+
+LRESULT MainForm::OnQueryEndSession() {
+  sessionEnding_ = true;
+  if (parts_.busy) parts_.closeRequested = true;  // what is going on ends at its next step
+  KeepUnsaved();
+  return TRUE;
+}
+
+// The program may be ended as soon as this returns.
+void MainForm::OnEndSession(bool ends) {
+  if (!ends) {
+    sessionEnding_ = parts_.closeRequested = false;
+    return;
+  }
+  win::Quietly([&] { win::WriteViewSettings(parts_); });
+  KeepUnsaved();
+  if (connection_.IsOpen()) win::Quietly([&] { connection_.Write(); });
+  if (!unsaved_.Any()) unsaved_.Finish();
+  cSysTray1_.Remove();
+}
+
 void MainForm::Form_Unload() {
   treeDrops_.Revoke();
   listDrops_.Revoke();
@@ -472,13 +528,22 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       Form_Resize(SIZE_RESTORED);
       return result;
     }
-    case WM_QUERYENDSESSION: return !parts_.busy && Form_QueryUnload();
+    case WM_QUERYENDSESSION: return OnQueryEndSession();
+    case WM_ENDSESSION: OnEndSession(wParam != FALSE); return 0;
+    case WM_TIMER:
+      if (wParam != kKeepTimer) break;
+      KeepUnsaved();
+      return 0;
     case WM_CLOSE:
       if (parts_.busy) {
         parts_.closeRequested = true;  // once what is going on has come to its end
         return 0;
       }
-      if (Form_QueryUnload()) CloseAllWindows(false);
+      if (!sessionEnding_) {
+        if (!Form_QueryUnload()) return 0;
+        LeaveCollection();
+      }
+      CloseAllWindows(false);
       return 0;
     case WM_DESTROY: Form_Unload(); break;
   }
@@ -496,6 +561,7 @@ void MainForm::FinishLoading() {
   treeTip_.Create(TreeView1_.Handle());
   treeDrops_.Register(TreeView1_.Handle());
   listDrops_.Register(ListView1_.Handle());
+  OfferUnsaved();
 }
 
 }  // namespace kestrelon::app

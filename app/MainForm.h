@@ -10,6 +10,7 @@
 #include "app/base/Settings.h"
 #include "items/ListEvents.h"
 #include "store/SharedConnection.h"
+#include "store/UnsavedCollection.h"
 #include "tree/Tree_Find.h"
 #include "ui/CTooltip.h"
 #include "ui/cMagneticWnd.h"
@@ -87,7 +88,15 @@ class MainForm : public win::Form {
   void ShowToolDialogs(bool show);  // those that the user has open go and come back with the window
   void cSysTray1_Activated();
   bool Form_QueryUnload();  // false: the window stays
+  void LeaveCollection();
   void Form_Unload();
+
+  // What is in no slot.
+  void OfferUnsaved();
+  void KeepSoon();
+  void KeepUnsaved();
+  LRESULT OnQueryEndSession();
+  void OnEndSession(bool ends);
 
   void PaneActivated(bool list);
   // Both by the pane that was last active.
@@ -143,6 +152,7 @@ class MainForm : public win::Form {
   win::StatusBar StatusBar1_;
   win::Toolbar Toolbar1_;
   win::MainParts parts_;
+  store::UnsavedCollection unsaved_{parts_};
   Splitter Picture1_;
   ui::CTooltip treeTip_;
   ui::cSysTray cSysTray1_;
@@ -155,6 +165,8 @@ class MainForm : public win::Form {
   bool dragging_ = false;  // the splitter
   bool loaded_ = false;    // the controls exist
   WPARAM wakeMark_ = 0;
+  bool keepPending_ = false;    // the timer of KeepSoon() runs
+  bool sessionEnding_ = false;  // the system has asked, and nobody is to be asked any more
 };
 
 }  // namespace kestrelon::app

@@ -11,11 +11,28 @@ namespace {
 constexpr DWORD kLookAgain = 50;    // between two looks for the other's window
 constexpr UINT kAnswerTime = 2000;  // that a window may take to answer
 
-// FNV-1a over the folder in lower case: the same folder gives the same mark in every process.
-std::uint32_t MarkOf(std::wstring folder) {
-  ::CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
+// What a folder is, however its path is spelled: its volume and its number there. A folder that cannot be
+// asked is known by its path.
+std::wstring IdentityOf(const std::wstring& folder) {
+  const HANDLE handle = ::CreateFileW(folder.c_str(), FILE_READ_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  BY_HANDLE_FILE_INFORMATION information{};
+  const bool known = handle != INVALID_HANDLE_VALUE && ::GetFileInformationByHandle(handle, &information);
+  if (handle != INVALID_HANDLE_VALUE) ::CloseHandle(handle);
+  if (known) {
+    return std::to_wstring(information.dwVolumeSerialNumber) + L'-' +
+           std::to_wstring(information.nFileIndexHigh) + L'-' + std::to_wstring(information.nFileIndexLow);
+  }
+  std::wstring path = folder;
+  ::CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
+  return path;
+}
+
+// FNV-1a: the same folder gives the same mark in every process.
+std::uint32_t MarkOf(const std::wstring& folder) {
   std::uint32_t mark = 2166136261u;
-  for (const wchar_t unit : folder) mark = (mark ^ unit) * 16777619u;
+  for (const wchar_t unit : IdentityOf(folder)) mark = (mark ^ unit) * 16777619u;
   return mark;
 }
 
@@ -62,6 +79,21 @@ bool SingleInstance::WakeTheOther() const {
       return true;
   }
   return false;
+}
+
+bool DataFolderLock::Take(const std::wstring& dataFolder) {
+  const std::wstring path = dataFolder + L"Kestrelon.lock";
+  HANDLE handle = INVALID_HANDLE_VALUE;
+  // A scanner may hold the file for a moment; a program holds it for its life. With the program the file
+  // goes.
+  const bool taken = Persistently([&] {
+    handle = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                           FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    return handle != INVALID_HANDLE_VALUE;
+  });
+  if (!taken) return ::GetLastError() != ERROR_SHARING_VIOLATION;
+  file_.reset(handle);
+  return true;
 }
 
 }  // namespace kestrelon::app

@@ -8,7 +8,8 @@
 
 namespace kestrelon::app {
 
-// One running program per data folder: a second one would remake the working database under the first.
+// One running program per data folder, however its path is spelled: a second one would remake the working
+// database under the first. Knows the programs of this session of Windows; DataFolderLock knows all.
 class SingleInstance {
  public:
   explicit SingleInstance(const std::wstring& dataFolder);
@@ -36,6 +37,19 @@ class SingleInstance {
   win::Unique<HANDLE, ::CloseHandle> mutex_;
   WPARAM mark_;
   bool first_ = false;
+};
+
+// Holds a data folder for this program alone, for the life of the object, by a file in it that is open
+// without sharing: also against programs of other sessions of the same user, whose windows cannot be seen
+// from here.
+class DataFolderLock {
+ public:
+  // False when another program holds the folder. True also where the file cannot be made for another reason:
+  // what is wrong with the folder then, start-up finds out.
+  bool Take(const std::wstring& dataFolder);
+
+ private:
+  win::Unique<HANDLE, ::CloseHandle> file_;
 };
 
 // The class of the main window, by which a second start finds it.

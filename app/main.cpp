@@ -6,6 +6,9 @@
 #include "app/Connect.h"
 #include "app/MainForm.h"
 #include "app/SingleInstance.h"
+#include "app/base/Settings.h"
+#include "lang/Messages.h"
+#include "lang/SelectLanguage.h"
 #include "ui/win/Boxes.h"
 
 namespace {
@@ -31,8 +34,15 @@ int Run(int show) {
   Program program = app::NameProgram(app::ExecutableFolder(), app::EnvironmentValue(L"APPDATA"));
   return win::InRoutine(world, nullptr, program.productName, 1, [&] {
     OleApartment ole;  // leaving it takes a while: a next start must not find this one still there
+    app::MakeDataFolder(program);
     app::SingleInstance instance(program.dataFolder);
     if (!instance.BecomeFirst(kPatience)) return 0;
+    app::DataFolderLock lock;
+    if (!lock.Take(program.dataFolder)) {
+      program.languageName = Settings(program.settingsFile).Read(L"language");
+      win::Inform(world, nullptr, lang::Message(program, lang::kDataFolderInUse), program.productName);
+      return 1;
+    }
     if (!app::Connect(program, world)) return 1;
     app::MainForm mainForm(program, world);
     mainForm.SetWakeMark(instance.FolderMark());

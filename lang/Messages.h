@@ -33,12 +33,23 @@ inline constexpr MessageText kSkippedAtImport{21, L"Could not be read and was le
 inline constexpr MessageText kCannotWriteToFolder{22, L"Can not write to this folder!"};
 inline constexpr MessageText kNoSystemInformation{23,
                                                   L"System information is not available on this computer."};
+// Behind it the time of the last change.
+inline constexpr MessageText kOpenUnsavedQuestion{
+    40,
+    L"Kestrelon was not closed properly. Do you want to open the collection that was not saved? "
+    L"Last change: "};
+// Behind it a path.
+inline constexpr MessageText kNotRecovered{
+    41, L"The collection that was not saved could not be recovered. What is left of it is kept as: "};
+inline constexpr MessageText kDataFolderInUse{
+    42, L"Your collections are open in another session of Windows. Please close Kestrelon there first."};
 
 // Every message, in order of number: the language files are checked against it.
 inline constexpr MessageText kMessages[] = {
     kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
     kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
     kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected,
-    kSkippedAtImport,        kCannotWriteToFolder, kNoSystemInformation};
+    kSkippedAtImport,        kCannotWriteToFolder, kNoSystemInformation,    kOpenUnsavedQuestion,
+    kNotRecovered,           kDataFolderInUse};
 
 }  // namespace kestrelon::lang

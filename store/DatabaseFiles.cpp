@@ -10,6 +10,7 @@
 #include "store/Schema.h"
 #include "store/SharedConnection.h"
 #include "store/Store.h"
+#include "store/UnsavedCollection.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/Handles.h"
 
@@ -59,19 +60,32 @@ std::vector<std::size_t> FindColumns(const jet::NewTable& wanted, const jet::Tab
   return columns;
 }
 
-// Throws unless the file is a database with our tables, whose columns mean what ours do, whose rows can all
-// be read, and which can be changed. Tables beside them, indexes and other widths do no harm.
+// Throws unless the file is a whole database: one that another program was writing while it was copied is
+// not.
+void CheckIsWhole(const std::wstring& path) {
+  const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
+  const std::vector<std::string> faults = database->Check();
+  if (!faults.empty()) throw std::runtime_error("The database is damaged: " + faults.front());
+}
+
+// Throws unless the file has our tables, whose columns mean what ours do, and can be changed. Tables beside
+// them, indexes and other widths do no harm.
 void CheckIsOurs(const std::wstring& path) {
   const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
   for (const jet::NewTable& wanted : Schema()) {
     jet::Table& table = database->OpenTable(wanted.name);
     table.CheckChangeable();
-    const std::vector<std::size_t> columns = FindColumns(wanted, table);
-    jet::Value value;
-    for (jet::Cursor row = table.Rows(); row.Next();) {
-      for (const std::size_t column : columns) row.Read(column, value);
-    }
+    FindColumns(wanted, table);
   }
+}
+
+std::vector<CategoryRow> CategoriesIn(const std::wstring& path) {
+  jet::Connection connection;
+  connection.SetConnectionString(ToEngine(ShortConnectionStringOf(path)));
+  connection.Open();
+  std::vector<CategoryRow> rows = ReadCategoryRows(connection);
+  connection.Close();
+  return rows;
 }
 
 std::wstring InTemporaryFolder(const wchar_t* name) {
@@ -98,18 +112,43 @@ void WriteTree(win::MainParts& parts) {
 
 }  // namespace
 
-void LoadData(win::MainParts& parts, const std::wstring& fileName) {
+std::wstring SlotFile(int slot) { return L"Data" + std::to_wstring(slot) + L".dat"; }
+
+bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
   const HWND owner = parts.form.Handle();
-  win::InRoutine(parts.world, owner, L"LoadData Error:", false, [&] {
+  return win::InRoutine(parts.world, owner, L"LoadData Error:", false, [&] {
     const std::wstring slot = parts.program.dataFolder + fileName;
+    const bool unsaved = fileName == kUnsavedFile;
+    std::vector<CategoryRow> rows;
     if (FileExists(slot)) {
-      // A damaged or foreign slot is found out before anything is given up for it.
-      ReplaceByCopy(slot, WorkingDatabase(parts.program), CheckIsOurs);
+      const bool hadChanges = parts.unsaved != nullptr && parts.unsaved->Any();
+      bool replaced = false;
+      const win::Finally keepOn([&] {
+        if (!replaced && hadChanges && !parts.unsaved->Any())
+          win::Quietly([&] { parts.unsaved->Unsettle(); });
+      });
+      ReplaceByCopy(slot, WorkingDatabase(parts.program), [&](const std::wstring& copy) {
+        CheckIsWhole(copy);
+        CheckIsOurs(copy);
+        rows = CategoriesIn(copy);
+        if (parts.unsaved == nullptr) return;
+        parts.unsaved->SetAside();
+        parts.unsaved->Settle();
+      });
+      replaced = true;
       parts.connection.Forget();
-      LoadTree(parts);
+    } else if (unsaved) {
+      throw std::runtime_error("There is no unsaved collection.");
     } else {
+      if (parts.unsaved != nullptr) parts.unsaved->SetAside();
       ReplaceByCopy(parts.program.dataFolder + L"Temp.dat", slot);
-      ShowEmptyTree(parts);
+    }
+    ShowTree(parts, rows);
+    if (parts.unsaved == nullptr) return true;
+    if (unsaved) {
+      parts.unsaved->Unsettle();
+    } else {
+      parts.unsaved->Settle();
     }
     return true;
   });
@@ -137,12 +176,17 @@ bool SaveData(win::MainParts& parts, const std::wstring& fileName, HWND owner) {
     bool slotWritten = false;
     const win::Finally takeBack([&] { program.databaseSaved = slotWritten; });
     const std::wstring working = WorkingDatabase(program);
-    if (!CompactJetDatabase(parts.world, owner, working, false)) {
-      throw std::runtime_error("The database could not be compacted. Nothing was saved to the slot.");
-    }
+    parts.connection.Ado().Checkpoint();  // the packed file has other pages than the log
+    const bool packed = CompactJetDatabase(parts.world, owner, working, false);
     parts.connection.Forget();
-    ReplaceByCopy(working, program.dataFolder + fileName);
+    ReplaceByCopy(working, program.dataFolder + fileName, [&](const std::wstring& copy) {
+      // Packing reads all there is. Without it a fault in the database is not to take the place of a sound
+      // slot.
+      if (!packed) CheckIsWhole(copy);
+    });
     slotWritten = true;
+    // The slot is there: what is kept beside it for after a crash is none of the user's worries.
+    if (parts.unsaved != nullptr) win::Quietly([&] { parts.unsaved->Settle(); });
     return true;
   });
 }
@@ -159,10 +203,19 @@ bool BackUpDatas(win::MainParts& parts) {
 
 bool RestoreDatas(win::MainParts& parts) {
   return win::InRoutine(parts.world, parts.form.Handle(), L"RestoreDatas Error:", false, [&] {
+    const bool open = parts.connection.IsOpen();
+    if (open) parts.connection.Write();  // so that giving up what follows gives up nothing else
     Opened database(parts.connection);
-    database->Execute(L"DELETE FROM FTable");
-    database->Execute(L"INSERT INTO FTable SELECT * FROM FBackup");
-    database.Close();
+    try {
+      database->Execute(L"DELETE FROM FTable");
+      database->Execute(L"INSERT INTO FTable SELECT * FROM FBackup");
+      database.Close();
+    } catch (...) {
+      // The items that were there come back.
+      parts.connection.Ado().Abandon();
+      if (open) parts.connection.Ado().Open();
+      throw;
+    }
     return true;
   });
 }

@@ -1,6 +1,7 @@
 #include "store/SharedConnection.h"
 
 #include "ui/win/Boxes.h"
+#include "ui/win/Handles.h"
 
 namespace kestrelon::store {
 
@@ -14,6 +15,25 @@ SharedConnection::SharedConnection(std::wstring_view connectionString) {
 
 std::size_t SharedConnection::Execute(std::wstring_view sql) { return connection_.Execute(ToEngine(sql)); }
 
+void SharedConnection::Close() {
+  const bool changed = connection_.Changed();
+  if (changed && beforeWriting) win::Quietly(beforeWriting);
+  connection_.Close();
+  if (changed && afterWriting) afterWriting();
+}
+
+void SharedConnection::Write() {
+  const bool open = IsOpen();
+  if (!open) connection_.Open();
+  // A connection that this opened is closed on every way out; what it could not write is written later.
+  const win::Finally close([&] {
+    if (!open) win::Quietly([&] { connection_.Close(); });
+  });
+  if (beforeWriting) beforeWriting();
+  connection_.Flush();
+  if (afterWriting) afterWriting();
+}
+
 Opened::Opened(SharedConnection& shared) : shared_(shared) {
   if (shared_.IsOpen()) return;
   shared_.Ado().Open();
@@ -21,13 +41,13 @@ Opened::Opened(SharedConnection& shared) : shared_(shared) {
 }
 
 Opened::~Opened() {
-  if (mine_) win::Quietly([this] { shared_.Ado().Close(); });
+  if (mine_) win::Quietly([this] { shared_.Close(); });
 }
 
 void Opened::Close() {
   if (!mine_) return;
   mine_ = false;
-  shared_.Ado().Close();
+  shared_.Close();
 }
 
 std::wstring Quoted(std::wstring_view value) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,15 @@ class SharedConnection {
   bool IsOpen() const { return connection_.State() != 0; }
   // After the file was replaced by another one.
   void Forget() { connection_.Forget(); }
+  // Closes the connection, which writes what has changed.
+  void Close();
+  // Writes what has changed, and the note of the connection's log. An open connection stays open, a closed
+  // one closed. Throws.
+  void Write();
+
+  // Called before changes are written and after they have been. A failure of the first does not keep Close()
+  // from writing.
+  std::function<void()> beforeWriting{}, afterWriting{};
 
  private:
   jet::Connection connection_;

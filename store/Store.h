@@ -2,9 +2,11 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "app/base/OutsideWorld.h"
 #include "app/base/Program.h"
+#include "store/CategoryRows.h"
 #include "ui/win/MainParts.h"
 
 namespace kestrelon::store {
@@ -20,24 +22,34 @@ bool ConnectDatabase(OutsideWorld& world, const std::function<void()>& connect);
 std::wstring ConnectionStringOf(const std::wstring& path);
 std::wstring ShortConnectionStringOf(const std::wstring& path);
 
+// The save slots: complete copies of the working database in the data folder.
+inline constexpr int kSlots = 4;
+// "Data2.dat": the bare name of a slot's file; slots count from 0.
+std::wstring SlotFile(int slot);
+
 // Writes the tree control's nodes into TreeviewTable, parents before children, siblings in order. Throws.
 void SaveTree(win::MainParts& parts);
 // Rebuilds the tree control from TreeviewTable. Throws on a row without its parent or with a key that is
-// taken; the nodes added so far stay.
+// taken, with the tree as it was.
 void LoadTree(win::MainParts& parts);
+// The same from rows that ReadCategoryRows() gave.
+void ShowTree(win::MainParts& parts, const std::vector<CategoryRow>& rows);
 // Empties the tree control and the item list: no category is current, "0 Objects".
 void ShowEmptyTree(win::MainParts& parts);
 
-// Brings a slot ("Data2.dat", a bare name in the data folder) into the working database and rebuilds the
-// tree; a slot that is not there yet is made from the template and an empty tree shown. Box: "LoadData
-// Error:".
-void LoadData(win::MainParts& parts, const std::wstring& fileName);
+// Brings a slot ("Data2.dat", a bare name in the data folder) or the unsaved collection into the working
+// database and rebuilds the tree; a slot that is not there yet is made from the template and an empty tree
+// shown. What was not saved before is set aside first. Everything that can fail is tried on a copy: after a
+// failure (box "LoadData Error:") tree, list, working database and unsaved changes are as they were. True
+// when loaded.
+bool LoadData(win::MainParts& parts, const std::wstring& fileName);
 // Asks, writes the tree, compacts and copies the working database into a slot. True when saved. The slot is
-// its old content or the new one at any moment. Box: "SaveData Error:". `owner` is the window that the
-// question belongs to.
+// its old content or the new one at any moment. Box: "SaveData Error:". A database that could not be packed
+// (box of CompactJetDatabase) is saved as it is. `owner` is the window that the question belongs to.
 bool SaveData(win::MainParts& parts, const std::wstring& fileName, HWND owner);
 
-// The one-level copy of all items inside the working database, and its way back. True when done.
+// The one-level copy of all items inside the working database, and its way back. True when done; otherwise
+// the items are as they were.
 bool BackUpDatas(win::MainParts& parts);
 bool RestoreDatas(win::MainParts& parts);
 

@@ -58,22 +58,37 @@ class TemporaryCopy {
 
   const std::wstring& Path() const { return path_; }
   void Make(const std::wstring& from) {
-    if (!::CopyFileW(from.c_str(), path_.c_str(), FALSE))
+    if (!Persistently([&] { return ::CopyFileW(from.c_str(), path_.c_str(), FALSE) != FALSE; }))
       ThrowLastError(L"Cannot copy " + from + L" to " + path_);
     // A template that was installed read-only must not make read-only copies.
-    if (!::SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL))
+    if (!Persistently([&] { return ::SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL) != FALSE; }))
       ThrowLastError(L"Cannot change " + path_);
-    const FileHandle file(::CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-    if (!file || !::FlushFileBuffers(file.get())) ThrowLastError(L"Cannot write " + path_);
+    Flush();
   }
   void RenameOver(const std::wstring& to) {
-    if (!::MoveFileExW(path_.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-      ThrowLastError(L"Cannot replace " + to);
-    }
+    const auto rename = [&] {
+      return ::MoveFileExW(path_.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) !=
+             FALSE;
+    };
+    if (!Persistently(rename)) ThrowLastError(L"Cannot replace " + to);
     placed_ = true;
   }
 
  private:
+  // A fresh file is what virus scanners and indexers open at once: it is shared with them.
+  void Flush() {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    const auto open = [&] {
+      handle =
+          ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                        nullptr, OPEN_EXISTING, 0, nullptr);
+      return handle != INVALID_HANDLE_VALUE;
+    };
+    const bool opened = Persistently(open);
+    const FileHandle file(handle);
+    if (!opened || !::FlushFileBuffers(file.get())) ThrowLastError(L"Cannot write " + path_);
+  }
+
   std::wstring path_;
   bool placed_ = false;
 };
@@ -171,6 +186,22 @@ bool WriteTest(const std::wstring& folder) {
   return false;
 }
 
+bool Persistently(const std::function<bool()>& attempt) {
+  return Persistently(attempt, [](DWORD milliseconds) { ::Sleep(milliseconds); });
+}
+
+bool Persistently(const std::function<bool()>& attempt, const std::function<void(DWORD)>& wait) {
+  constexpr DWORD kWaits[] = {10, 20, 40, 80, 160, 300, 400};  // milliseconds; about a second together
+  for (const DWORD milliseconds : kWaits) {
+    if (attempt()) return true;
+    const DWORD error = ::GetLastError();
+    if (error != ERROR_SHARING_VIOLATION && error != ERROR_LOCK_VIOLATION && error != ERROR_ACCESS_DENIED)
+      return false;
+    wait(milliseconds);
+  }
+  return attempt();
+}
+
 void ReplaceByCopy(const std::wstring& from, const std::wstring& to) {
   ReplaceByCopy(from, to, [](const std::wstring&) {});
 }
@@ -185,7 +216,7 @@ void ReplaceByCopy(const std::wstring& from, const std::wstring& to,
 }
 
 void DeleteIfThere(const std::wstring& path) {
-  if (::DeleteFileW(path.c_str())) return;
+  if (Persistently([&] { return ::DeleteFileW(path.c_str()) != FALSE; })) return;
   const DWORD error = ::GetLastError();
   if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
     ThrowLastError(L"Cannot delete " + path, error);

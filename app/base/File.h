@@ -46,6 +46,13 @@ std::wstring TemporaryFolder();
 // Can a file be made in this folder (which ends in "\")? Makes and removes a probe named "WriteTest".
 bool WriteTest(const std::wstring& folder);
 
+// Runs `attempt` again, for up to about a second with growing waits, while it fails because somebody holds
+// the file for a moment: a virus scanner, an indexer or a backup (sharing violation, lock violation, access
+// denied). `attempt` returns false with its error in GetLastError(), where the last one's is left.
+bool Persistently(const std::function<bool()>& attempt);
+// The same with what waits, given milliseconds.
+bool Persistently(const std::function<bool()>& attempt, const std::function<void(DWORD)>& wait);
+
 // Copies `from` to `to` so that `to` is at any moment its old content or the new one: a copy under a
 // temporary name in the target's folder is flushed to the disk and renamed over `to`. Throws
 // std::system_error; `to` is untouched then.

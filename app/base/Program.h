@@ -22,6 +22,9 @@ struct Program {
   std::wstring bugReportAddress = L"bugs@kestrelon.example.org";
   std::wstring feedbackAddress = L"feedback@kestrelon.example.org";
 
+  // Start-up has found a collection that the last end of the program left unsaved, and has set it aside.
+  bool unsavedFound = false;
+
   // Set by a successful save of the database, cleared by every change; the exit question is asked while it is
   // clear.
   bool databaseSaved = false;

@@ -13,7 +13,7 @@ constexpr const wchar_t* kReplaceQuestion = L"All records in your Database will 
 
 TEST(SlotNames, AreTheKeysAndFilesOfTheFourSlots) {
   EXPECT_EQ(app::SlotKey(0), L"Data0");
-  EXPECT_EQ(app::SlotFile(3), L"Data3.dat");
+  EXPECT_EQ(store::SlotFile(3), L"Data3.dat");
 }
 
 TEST(SlotLabel, IsTheNumberAndTheTime) {

@@ -14,7 +14,8 @@
 
 namespace kestrelon::store {
 class SharedConnection;
-}
+class UnsavedCollection;
+}  // namespace kestrelon::store
 namespace kestrelon::ui {
 class cMagneticWnd;
 }
@@ -40,8 +41,9 @@ struct MainParts {
   Toolbar& Toolbar1;
   Menus& menus;
   store::SharedConnection& connection;
-  ui::cMagneticWnd* magnets = nullptr;  // null where windows do not snap
-  HWND Text1 = nullptr;                 // holds the focus when neither pane does
+  ui::cMagneticWnd* magnets = nullptr;          // null where windows do not snap
+  store::UnsavedCollection* unsaved = nullptr;  // null where nothing is kept for after a crash
+  HWND Text1 = nullptr;                         // holds the focus when neither pane does
   ColumnWidthTexts widthTexts{};
   bool internalDrag = false;  // rows of our own list are being dragged
   bool listDrag = false;      // the list's second drag flag

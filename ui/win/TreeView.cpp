@@ -100,7 +100,13 @@ TreeNode& TreeView::Add(TreeNode* relative, Relationship relationship, const std
   node.index_ = nodes_.size();
   Link(node, parent, previous);
   InsertItem(node);
+  Changed();
   return node;
+}
+
+void TreeView::Changed() {
+  ++revision_;
+  if (events.changed) events.changed();
 }
 
 void TreeView::InsertItem(TreeNode& node) {
@@ -157,6 +163,7 @@ void TreeView::Remove(TreeNode& node) {
   nodes_.erase(std::remove_if(from, nodes_.end(), [](const auto& kept) { return kept->index_ == 0; }),
                nodes_.end());
   for (std::size_t i = firstGone; i < nodes_.size(); ++i) nodes_[i]->index_ = i + 1;
+  Changed();
 }
 
 void TreeView::Clear() {
@@ -169,6 +176,7 @@ void TreeView::Clear() {
   byKey_.clear();
   nodes_.clear();
   firstRoot_ = lastRoot_ = nullptr;
+  Changed();
 }
 
 void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
@@ -199,6 +207,7 @@ void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
   for (TreeNode* each : expanded) Expand(*each);
   if (selected != nullptr) Select(selected);
   if (highlightMoved) SetDropHighlight(dropHighlight_);
+  Changed();
 }
 
 TreeNode& TreeView::At(std::size_t index) {
@@ -249,6 +258,7 @@ void TreeView::SetText(TreeNode& node, const std::wstring& text) {
   item.hItem = node.item_;
   item.pszText = node.text_.data();
   Send(TVM_SETITEMW, 0, &item);
+  Changed();
 }
 
 void TreeView::SetDropHighlight(TreeNode* node) {

@@ -93,6 +93,8 @@ class TreeView {
     // until it is pressed again.
     std::function<void(POINT)> dragOver, dragDrop;
     std::function<void()> dragCancel;
+    // The nodes, their texts, or their places are others than before: Revision() has gone up.
+    std::function<void()> changed;
   };
 
   TreeView();
@@ -116,6 +118,8 @@ class TreeView {
   void SetParent(TreeNode& node, TreeNode& parent);
 
   std::size_t Count() const { return nodes_.size(); }
+  // Goes up with every change of the nodes, their texts or their places.
+  std::uint64_t Revision() const { return revision_; }
   TreeNode& At(std::size_t index);          // from 1
   TreeNode* Find(const std::wstring& key);  // null when there is none
   TreeNode* FirstRoot() const { return firstRoot_; }
@@ -165,6 +169,7 @@ class TreeView {
   void DropNode(POINT point);  // released there
   void CancelDrag();
   bool EndDrag();  // without an event; false when there was none
+  void Changed();
   void InsertItem(TreeNode& node);
   void DeleteItem(HTREEITEM item);
   void Link(TreeNode& node, TreeNode* parent, TreeNode* previous);
@@ -180,6 +185,7 @@ class TreeView {
   std::pmr::unsynchronized_pool_resource pool_;
   std::pmr::unordered_map<std::wstring_view, TreeNode*> byKey_{&pool_};
   TreeNode *firstRoot_ = nullptr, *lastRoot_ = nullptr;
+  std::uint64_t revision_ = 0;
   TreeNode* dropHighlight_ = nullptr;
   TreeNode* pressedNode_ = nullptr;  // under the left button's press that is being handled
   MouseButtons buttons_;

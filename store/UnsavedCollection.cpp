@@ -1,0 +1,283 @@
+#include "store/UnsavedCollection.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <set>
+
+#include "app/base/File.h"
+#include "store/SharedConnection.h"
+#include "store/Store.h"
+#include "store/TreeFile.h"
+#include "ui/win/Boxes.h"
+#include "ui/win/Handles.h"
+
+namespace kestrelon::store {
+namespace {
+
+std::wstring WorkingDatabase(const Program& program) { return program.dataFolder + program.workingDatabase; }
+std::wstring LogOf(const Program& program) { return WorkingDatabase(program) + L".log"; }
+std::wstring TreeFileOf(const Program& program, std::uint64_t version) {
+  return WorkingDatabase(program) + L".tree" + std::to_wstring(version);
+}
+
+std::uint64_t Now() {
+  FILETIME now;
+  ::GetSystemTimeAsFileTime(&now);
+  return std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
+}
+
+// What the engine's log keeps with each write.
+struct Note {
+  std::uint64_t tree = 0;     // version of the tree's file; 0: the tree is in the database
+  std::uint64_t changed = 0;  // when, in 100 ns since 1601, UTC
+  std::uint64_t unsaved = 0;  // 1 while the collection is in no slot
+};
+
+std::vector<std::uint8_t> BytesOf(const Note& note) {
+  std::vector<std::uint8_t> bytes(sizeof note);
+  std::memcpy(bytes.data(), &note, sizeof note);
+  return bytes;
+}
+
+std::optional<Note> NoteOf(const std::vector<std::uint8_t>& bytes) {
+  Note note;
+  if (bytes.size() != sizeof note) return std::nullopt;
+  std::memcpy(&note, bytes.data(), sizeof note);
+  return note;
+}
+
+void DeleteTreeFiles(const Program& program) {
+  WIN32_FIND_DATAW found;
+  const HANDLE search = ::FindFirstFileW((WorkingDatabase(program) + L".tree*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return;
+  const win::Finally close([&] { ::FindClose(search); });
+  do {
+    win::Quietly([&] { DeleteIfThere(program.dataFolder + found.cFileName); });
+  } while (::FindNextFileW(search, &found));
+}
+
+jet::Connection OpenedAt(const std::wstring& path) {
+  jet::Connection connection;
+  connection.SetConnectionString(ToEngine(ShortConnectionStringOf(path)));
+  connection.Open();
+  return connection;
+}
+
+// Are the rows of a table the same, in the same order?
+bool SameRows(jet::Connection& a, jet::Connection& b, std::u16string_view table) {
+  constexpr std::array<std::u16string_view, 7> kFields = {
+      u"TreeviewNode", u"FileIndex", u"DefineName", u"Filename", u"LocalFile", u"InsertTime", u"Comment"};
+  const std::u16string sql = u"SELECT * FROM " + std::u16string(table);
+  jet::Recordset rowsA, rowsB;
+  rowsA.Open(sql, a);
+  rowsB.Open(sql, b);
+  if (rowsA.RecordCount() != rowsB.RecordCount()) return false;
+  std::array<std::size_t, kFields.size()> fieldsA, fieldsB;
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    fieldsA[i] = rowsA.FieldIndex(kFields[i]);
+    fieldsB[i] = rowsB.FieldIndex(kFields[i]);
+  }
+  for (; !rowsA.EndOfFile(); rowsA.MoveNext(), rowsB.MoveNext()) {
+    for (std::size_t i = 0; i < kFields.size(); ++i) {
+      if (rowsA.Text(fieldsA[i]) != rowsB.Text(fieldsB[i])) return false;
+    }
+  }
+  return true;
+}
+
+bool SameCategories(const std::vector<CategoryRow>& a, const std::vector<CategoryRow>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const CategoryRow& left, const CategoryRow& right) {
+                      // Blanks at the ends are lost on the way through a slot.
+                      return Trim(left.parent) == Trim(right.parent) && Trim(left.key) == Trim(right.key) &&
+                             Trim(left.text) == Trim(right.text);
+                    });
+}
+
+// Is the working database with these categories what a slot holds, or "Unsaved.dat" already?
+bool IsKept(const Program& program, const std::vector<CategoryRow>& rows) {
+  std::vector<std::wstring> names{kUnsavedFile};
+  for (int slot = 0; slot < kSlots; ++slot) names.push_back(SlotFile(slot));
+  return std::any_of(names.begin(), names.end(), [&](const std::wstring& name) {
+    const std::wstring path = program.dataFolder + name;
+    return FileExists(path) && HoldTheSame(path, WorkingDatabase(program), rows);
+  });
+}
+
+// A copy of the working database with these categories takes the place of "Unsaved.dat".
+void MakeUnsaved(const Program& program, const std::vector<CategoryRow>& rows, std::uint64_t changed) {
+  ReplaceByCopy(WorkingDatabase(program), program.dataFolder + kUnsavedFile, [&](const std::wstring& copy) {
+    jet::Connection connection = OpenedAt(copy);
+    WriteCategoryRows(connection, rows);
+    connection.Close();
+    const FILETIME time{static_cast<DWORD>(changed), static_cast<DWORD>(changed >> 32)};
+    const HANDLE file = ::CreateFileW(copy.c_str(), FILE_WRITE_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;  // the content matters more than its time
+    ::SetFileTime(file, nullptr, nullptr, &time);
+    ::CloseHandle(file);
+  });
+}
+
+// Categories for the items of a database whose tree is lost, so that they can be reached.
+std::vector<CategoryRow> CategoriesOfItems(jet::Connection& connection) {
+  jet::Recordset items;
+  items.Open(u"SELECT TreeviewNode FROM FTable", connection);
+  std::set<std::wstring> keys;
+  for (; !items.EndOfFile(); items.MoveNext()) keys.insert(ToWindows(items.Text(std::size_t{0})));
+  std::vector<CategoryRow> rows;
+  for (const std::wstring& key : keys) rows.push_back({kNoParent, key, key});
+  return rows;
+}
+
+std::vector<CategoryRow> RecoveredTree(const Program& program, std::uint64_t version) {
+  std::vector<CategoryRow> rows;
+  if (version != 0 && win::Quietly([&] { rows = ReadTreeFile(TreeFileOf(program, version)); })) return rows;
+  jet::Connection connection = OpenedAt(WorkingDatabase(program));
+  rows = version == 0 ? ReadCategoryRows(connection) : CategoriesOfItems(connection);
+  connection.Close();
+  return rows;
+}
+
+}  // namespace
+
+UnsavedCollection::UnsavedCollection(win::MainParts& parts) : parts_(parts) {
+  parts_.connection.Ado().SetLog(LogOf(parts_.program));
+  parts_.connection.beforeWriting = [this] { BeforeWriting(); };
+  parts_.connection.afterWriting = [this] { AfterWriting(); };
+  parts_.unsaved = this;
+  MarkSettled();
+}
+
+UnsavedCollection::~UnsavedCollection() {
+  parts_.connection.beforeWriting = parts_.connection.afterWriting = nullptr;
+  parts_.unsaved = nullptr;
+}
+
+bool UnsavedCollection::Any() const {
+  return !settled_ || writes_ != settledWrites_ || parts_.TreeView1.Revision() != settledRevision_;
+}
+
+bool UnsavedCollection::TreeChanged() const { return parts_.TreeView1.Revision() != keptRevision_ && Any(); }
+
+void UnsavedCollection::SetNote() {
+  parts_.connection.Ado().SetNote(BytesOf({notedTree_, Now(), Any() ? 1u : 0u}));
+}
+
+void UnsavedCollection::BeforeWriting() {
+  ++writes_;
+  const win::Finally note([this] { SetNote(); });
+  if (parts_.TreeView1.Revision() == writtenRevision_) return;
+  // A name that no version before this one has had: after a failure the log may name any of them.
+  WriteTreeFile(TreeFileOf(parts_.program, lastTree_ + 1), parts_.TreeView1);
+  notedTree_ = ++lastTree_;
+  writtenRevision_ = parts_.TreeView1.Revision();
+}
+
+void UnsavedCollection::AfterWriting() {
+  for (; firstTree_ < notedTree_; ++firstTree_) ::DeleteFileW(TreeFileOf(parts_.program, firstTree_).c_str());
+  keptRevision_ = writtenRevision_;
+}
+
+void UnsavedCollection::Keep() {
+  if (TreeChanged()) parts_.connection.Write();
+}
+
+void UnsavedCollection::SetAside() {
+  if (!Any() || parts_.TreeView1.Count() == 0) return;
+  const std::vector<CategoryRow> rows = RowsOfTree(parts_.TreeView1);
+  if (!IsKept(parts_.program, rows)) MakeUnsaved(parts_.program, rows, Now());
+}
+
+void UnsavedCollection::MarkSettled() {
+  settled_ = true;
+  settledWrites_ = writes_;
+  settledRevision_ = keptRevision_ = writtenRevision_ = parts_.TreeView1.Revision();
+  notedTree_ = 0;
+}
+
+void UnsavedCollection::Settle() {
+  MarkSettled();
+  SetNote();
+  parts_.connection.Ado().Checkpoint();
+  DeleteTreeFiles(parts_.program);
+  firstTree_ = lastTree_ + 1;
+}
+
+void UnsavedCollection::Unsettle() {
+  settled_ = false;
+  writtenRevision_ = parts_.TreeView1.Revision() - 1;
+  parts_.connection.Write();
+}
+
+void UnsavedCollection::Finish() {
+  win::Quietly([this] { parts_.connection.Ado().RemoveLog(); });
+  DeleteTreeFiles(parts_.program);
+}
+
+bool RecoverUnsaved(const Program& program) {
+  const std::wstring database = WorkingDatabase(program);
+  bool found = false;
+  if (FileExists(database)) {
+    const auto bytes = jet::RecoverFromLog(database, LogOf(program));
+    const std::optional<Note> note = bytes ? NoteOf(*bytes) : std::nullopt;
+    if (note && note->unsaved != 0) {
+      const std::vector<CategoryRow> rows = RecoveredTree(program, note->tree);
+      found = !rows.empty() && !IsKept(program, rows);
+      if (found) MakeUnsaved(program, rows, note->changed);
+    }
+  }
+  jet::Connection connection;
+  connection.SetLog(LogOf(program));
+  connection.RemoveLog();
+  DeleteTreeFiles(program);
+  return found;
+}
+
+std::wstring PutUnrecoveredAway(const Program& program) {
+  const std::wstring database = WorkingDatabase(program);
+  std::wstring target;
+  for (int number = 1; number < 1000; ++number) {
+    target = program.dataFolder + L"Unrecovered" + std::to_wstring(number) + L".dat";
+    if (::MoveFileExW(database.c_str(), target.c_str(), 0)) break;
+    if (::GetLastError() != ERROR_ALREADY_EXISTS && ::GetLastError() != ERROR_FILE_EXISTS)
+      ThrowLastError(L"Cannot rename " + database);
+  }
+  WIN32_FIND_DATAW found;
+  const HANDLE search = ::FindFirstFileW((database + L".*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return target;
+  const win::Finally close([&] { ::FindClose(search); });
+  do {
+    const std::wstring name = found.cFileName;
+    ::MoveFileExW((program.dataFolder + name).c_str(),
+                  (target + name.substr(program.workingDatabase.size())).c_str(), 0);
+  } while (::FindNextFileW(search, &found));
+  return target;
+}
+
+std::optional<SYSTEMTIME> UnsavedTime(const Program& program) {
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (!::GetFileAttributesExW((program.dataFolder + kUnsavedFile).c_str(), GetFileExInfoStandard, &data))
+    return std::nullopt;
+  SYSTEMTIME utc{}, local{};
+  if (!::FileTimeToSystemTime(&data.ftLastWriteTime, &utc) ||
+      !::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) {
+    return std::nullopt;
+  }
+  return local;
+}
+
+bool HoldTheSame(const std::wstring& slot, const std::wstring& database,
+                 const std::vector<CategoryRow>& rows) {
+  bool same = false;
+  win::Quietly([&] {
+    jet::Connection a = OpenedAt(slot), b = OpenedAt(database);
+    same =
+        SameCategories(ReadCategoryRows(a), rows) && SameRows(a, b, u"FTable") && SameRows(a, b, u"FBackup");
+  });
+  return same;
+}
+
+}  // namespace kestrelon::store
