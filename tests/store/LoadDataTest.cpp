@@ -151,27 +151,37 @@ TEST_F(LoadDataTest, ReportsAMissingTemplateAndMakesNoSlot) {
   EXPECT_FALSE(FileExists(Data(L"Data1.dat")));
 }
 
-TEST_F(LoadDataTest, StopsAtARowWithoutItsParentAndKeepsTheNodesBefore) {
+TEST_F(LoadDataTest, RefusesASlotWithACategoryWhoseParentIsMissing) {
   MakeDatabase(Data(L"Data1.dat"),
-               {InsertCategory(L"0_", L"A", L"top"), InsertCategory(L"nobody", L"B", L"orphan"),
-                InsertCategory(L"0_", L"C", L"never read")});
-  world.answers = {IDOK};
-
-  LoadData(parts, L"Data1.dat");
-
-  ExpectBox(L"LoadData Error:");
-  EXPECT_EQ(Shape(), L"A=top");
+               {InsertCategory(L"0_", L"A", L"top"), InsertCategory(L"nobody", L"B", L"lost"),
+                InsertItem(L"A", L"1#A", L"x")});
+  ExpectRefused();
 }
 
-TEST_F(LoadDataTest, StopsAtADuplicateKeyAndKeepsTheNodesBefore) {
+TEST_F(LoadDataTest, RefusesASlotWithAKeyTwice) {
   MakeDatabase(Data(L"Data1.dat"),
                {InsertCategory(L"0_", L"A", L"top"), InsertCategory(L"0_", L"A", L"again")});
-  world.answers = {IDOK};
+  ExpectRefused();
+}
 
-  LoadData(parts, L"Data1.dat");
+TEST_F(LoadDataTest, RefusesASlotWhoseCategoriesAreEachOthersParents) {
+  MakeDatabase(Data(L"Data1.dat"), {InsertCategory(L"0_", L"A", L"top"), InsertCategory(L"C", L"B", L"one"),
+                                    InsertCategory(L"B", L"C", L"two")});
+  ExpectRefused();
+}
 
-  ExpectBox(L"LoadData Error:");
-  EXPECT_EQ(Shape(), L"A=top");
+// A file that was copied while another program wrote to it.
+TEST_F(LoadDataTest, RefusesASlotThatIsNotWhole) {
+  MakeDatabase(Data(L"Data1.dat"), {InsertCategory(L"0_", L"A", L"top"), InsertItem(L"A", L"1#A", L"x")});
+  std::string bytes = ScopedTestDir::ReadBytes(Data(L"Data1.dat"));
+  // A page of rows that says it belongs to nobody's table.
+  for (std::size_t page = bytes.size() - 4096; page > 0; page -= 4096) {
+    if (bytes[page] != 1) continue;
+    bytes[page + 4] = 0x7F;
+    break;
+  }
+  dir.WriteFile(L"KestrelonData\\Data1.dat", bytes);
+  ExpectRefused();
 }
 
 // Slots that were made or changed with Access.

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 #include <gmock/gmock.h>
 
+#include "tests/jet/index/AddIndex.h"
 #include "tests/store/StoreFixture.h"
 
 namespace kestrelon::store {
@@ -234,21 +235,41 @@ TEST_F(SaveDataTest, FailsWithoutAWorkingDatabase) {
   EXPECT_FALSE(FileExists(Slot()));
 }
 
-TEST_F(SaveDataTest, FailsWhenTheDatabaseCannotBeCompacted) {
+TEST_F(SaveDataTest, SavesTheDatabaseAsItIsWhenItCannotBePacked) {
   std::filesystem::create_directory(temporary + L"temp.dat");
   AddCategory(nullptr, L"A", L"top");
+  Execute(InsertItem(L"A", L"1#A", L"item"));
   dir.WriteFile(L"KestrelonData\\Data2.dat", "old slot");
   world.answers = {IDOK, IDOK};
 
+  EXPECT_TRUE(Save());
+
+  ASSERT_EQ(world.boxes.size(), 2u) << "the question and one box";
+  EXPECT_EQ(world.boxes[1].title, L"CompactJetDatabase Error");
+  EXPECT_TRUE(dir.program.databaseSaved);
+  EXPECT_EQ(ContentOf(Slot()), (Content{L"A|1#A|item", L"0_|A|top"}));
+  EXPECT_THAT(FaultsOf(Slot()), IsEmpty());
+}
+
+TEST_F(SaveDataTest, DoesNotReplaceASoundSlotByADamagedDatabase) {
+  AddCategory(nullptr, L"A", L"top");
+  Execute(InsertItem(L"A", L"1#A", L"item"));
+  SaveTree(parts);
+  dir.WriteFile(L"KestrelonData\\Data2.dat", "old slot");
+  std::string bytes = ScopedTestDir::ReadBytes(Working());
+  bytes.resize(bytes.size() - 3 * 4096);  // the pages of the items are gone
+  connection.Forget();
+  dir.WriteFile(L"KestrelonData\\default.dat", bytes);
+  tree.Clear();
+  AddCategory(nullptr, L"A", L"top");
+  world.answers = {IDOK, IDOK, IDOK};
+
   EXPECT_FALSE(Save());
 
-  ASSERT_EQ(world.boxes.size(), 3u);
-  EXPECT_EQ(world.boxes[1].title, L"CompactJetDatabase Error");
-  EXPECT_EQ(world.boxes[2].title, L"SaveData Error:");
-  EXPECT_EQ(world.boxes[2].text,
-            L"Unkonw Error:The database could not be compacted. Nothing was saved to the slot.");
-  EXPECT_FALSE(dir.program.databaseSaved);
+  EXPECT_EQ(world.boxes.back().title, L"SaveData Error:");
   EXPECT_EQ(ScopedTestDir::ReadBytes(Slot()), "old slot");
+  EXPECT_FALSE(dir.program.databaseSaved);
+  world.answers.clear();
 }
 
 TEST_F(SaveDataTest, FailsWhenACaptionIsTooLongAndKeepsTheSlot) {
@@ -307,6 +328,32 @@ TEST_F(ItemBackupTest, KeepsOneLevelOnly) {
   EXPECT_TRUE(RestoreDatas(parts));
 
   EXPECT_THAT(Items(L"FTable"), IsEmpty());
+}
+
+// A row that the table of the items refuses: here by an index that takes each alias once.
+TEST_F(ItemBackupTest, BringsBackWhatWasThereWhenTheBackupCannotBeRead) {
+  Execute(InsertItem(L"A", L"1#A", L"same"));
+  Execute(InsertItem(L"A", L"2#A", L"same"));
+  ASSERT_TRUE(BackUpDatas(parts));
+  Execute(L"DELETE FROM FTable WHERE FileIndex=\"2#A\"");
+  connection.Forget();
+  {
+    const auto database =
+        jet::Database::Open(jet::OpenFile(Working(), jet::OpenMode::kReadWrite), ToEngine(Working()));
+    jet::AddIndex(*database, u"FTable", {{u"DefineName"}}, jet::RealIndex::kUnique);
+    database->Flush();
+  }
+  Execute(L"UPDATE FTable SET Comment=\"now\" WHERE FileIndex=\"1#A\"");
+  world.answers = {IDOK};
+
+  EXPECT_FALSE(RestoreDatas(parts));
+
+  ExpectBox(L"RestoreDatas Error:");
+  EXPECT_THAT(RowsOf(Working(), L"SELECT * FROM FTable", {u"FileIndex", u"Comment"}),
+              ElementsAre(L"1#A|now"));
+  EXPECT_FALSE(connection.IsOpen());
+  Execute(InsertItem(L"A", L"3#A", L"other"));
+  EXPECT_THAT(Items(L"FTable"), ElementsAre(L"1#A", L"3#A"));
 }
 
 TEST_F(ItemBackupTest, DoesNotTouchTheCategories) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -98,6 +99,22 @@ inline std::wstring InsertCategory(const std::wstring& parent, const std::wstrin
                                    const std::wstring& text) {
   return L"INSERT INTO TreeviewTable (parent, [key], [text]) VALUES(" + Quoted(parent) + L"," + Quoted(key) +
          L"," + Quoted(text) + L")";
+}
+
+using Content = std::vector<std::wstring>;
+
+// Items and categories of a database file as texts. Throws jet::Error for a file that cannot be read.
+inline Content ContentOf(const std::wstring& path) {
+  Content content = RowsOf(path, L"SELECT * FROM FTable", {u"TreeviewNode", u"FileIndex", u"DefineName"});
+  std::sort(content.begin(), content.end());
+  for (std::wstring& row :
+       RowsOf(path, L"SELECT * FROM TreeviewTable order by i", {u"parent", u"key", u"text"}))
+    content.push_back(std::move(row));
+  return content;
+}
+
+inline std::vector<std::string> FaultsOf(const std::wstring& path) {
+  return jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path))->Check();
 }
 
 class PartsForm : public win::Form {

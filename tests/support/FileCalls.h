@@ -24,7 +24,8 @@ namespace kestrelon::test {
 //   ... code under test ...
 //   EXPECT_TRUE(calls.Hit());
 //
-// While an object is there, flushes do not wait for the disk. There can be one at a time.
+// While an object is there, flushes do not wait for the disk, and nothing waits before it tries again. There
+// can be one at a time.
 class FileCalls {
  public:
   enum class Mode {
@@ -152,6 +153,14 @@ class FileCalls {
     }
     return createFile_(path, access, share, security, disposition, flags, model);
   }
+  static BOOL WINAPI WriteFileOurs(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written,
+                                   LPOVERLAPPED overlapped) {
+    if (!Fails(Kind::kWrites)) return writeFile_(file, bytes, size, written, overlapped);
+    if (Half()) writeFile_(file, bytes, size / 2, written, overlapped);
+    return Failed(ERROR_DISK_FULL);
+  }
+  // What is tried again is tried at once.
+  static void WINAPI SleepOurs(DWORD) {}
   static BOOL WINAPI FlushFileBuffersOurs(HANDLE) {
     return Fails(Kind::kWrites) ? Failed(ERROR_DISK_FULL) : TRUE;
   }
@@ -188,6 +197,8 @@ class FileCalls {
         Of("SetFileAttributesW", &SetFileAttributesOurs, setFileAttributes_),
         Of("CreateFileW", &CreateFileOurs, createFile_),
         Of("FlushFileBuffers", &FlushFileBuffersOurs, flushFileBuffers_),
+        Of("WriteFile", &WriteFileOurs, writeFile_),
+        Of("Sleep", &SleepOurs, sleep_),
         Of("MoveFileExW", &MoveFileExOurs, moveFileEx_),
         Of("DeleteFileW", &DeleteFileOurs, deleteFile_),
         Of("_wsopen_s", &OpenOurs, open_),
@@ -207,6 +218,8 @@ class FileCalls {
   static inline decltype(&SetFileAttributesOurs) setFileAttributes_ = nullptr;
   static inline decltype(&CreateFileOurs) createFile_ = nullptr;
   static inline decltype(&FlushFileBuffersOurs) flushFileBuffers_ = nullptr;
+  static inline decltype(&WriteFileOurs) writeFile_ = nullptr;
+  static inline decltype(&SleepOurs) sleep_ = nullptr;
   static inline decltype(&MoveFileExOurs) moveFileEx_ = nullptr;
   static inline decltype(&DeleteFileOurs) deleteFile_ = nullptr;
   static inline decltype(&OpenOurs) open_ = nullptr;
