@@ -139,11 +139,12 @@ TEST_F(Closing, TheExitCommandAsksTheSame) {
   EXPECT_EQ(form->Handle(), nullptr);
 }
 
-TEST_F(Closing, TheEndOfTheSessionAsksTheSame) {
+TEST_F(Closing, TheEndOfTheSessionAsksNothing) {
   Start();
-  world.answers = {IDCANCEL, IDNO};
-  EXPECT_FALSE(SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0));
+  AddCategory(L"A_", L"A");
   EXPECT_TRUE(SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0));
+  SendMessageW(form->Handle(), WM_ENDSESSION, TRUE, 0);
+  EXPECT_TRUE(world.boxes.empty());
 }
 
 TEST_F(Closing, WritesTheViewSettingsBeforeItAsks) {

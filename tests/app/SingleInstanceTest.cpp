@@ -33,6 +33,44 @@ TEST(SingleInstance, TellsFoldersApartButNotTheirLetterCase) {
   EXPECT_FALSE(IsFirstElsewhere(L"C:\\Kestrelon TEST Three\\"));
 }
 
+TEST(SingleInstance, KnowsAFolderHoweverItsPathIsSpelled) {
+  const ScopedTestDir dir;
+  dir.WriteFile(L"Data folder\\file", "x");
+  const app::SingleInstance first(dir.Folder() + L"Data folder\\");
+  for (const wchar_t* spelling : {L"Data folder", L"DATA Folder\\", L"Data folder\\.\\", L".\\Data folder\\",
+                                  L"Data folder\\..\\Data folder\\", L"Data folder/"}) {
+    EXPECT_FALSE(IsFirstElsewhere(dir.Folder() + spelling)) << Narrow(spelling);
+  }
+  dir.WriteFile(L"Data folder 2\\file", "x");
+  EXPECT_TRUE(IsFirstElsewhere(dir.Folder() + L"Data folder 2\\"));
+}
+
+TEST(DataFolderLock, IsTakenByOneAtATimeHoweverTheFolderIsSpelled) {
+  const ScopedTestDir dir;
+  dir.WriteFile(L"Data\\file", "x");
+  {
+    app::DataFolderLock first;
+    EXPECT_TRUE(first.Take(dir.Folder() + L"Data\\"));
+    app::DataFolderLock second;
+    EXPECT_FALSE(second.Take(dir.Folder() + L"Data\\.\\"));
+  }
+  EXPECT_FALSE(FileExists(dir.Folder() + L"Data\\Kestrelon.lock")) << "goes with the program";
+  app::DataFolderLock next;
+  EXPECT_TRUE(next.Take(dir.Folder() + L"Data\\"));
+}
+
+TEST(DataFolderLock, IsTakenThoughAFileWasLeftBehind) {
+  const ScopedTestDir dir;
+  dir.WriteFile(L"Kestrelon.lock", "left by a power cut");
+  app::DataFolderLock lock;
+  EXPECT_TRUE(lock.Take(dir.Folder() + L"\\"));
+}
+
+TEST(DataFolderLock, LeavesAFolderThatCannotBeWrittenToWhatFollows) {
+  app::DataFolderLock lock;
+  EXPECT_TRUE(lock.Take(L"C:\\no such folder here\\"));
+}
+
 TEST(SingleInstance, IsFirstAgainAfterTheOtherHasGone) {
   { const app::SingleInstance first(L"C:\\kestrelon test five\\"); }
   EXPECT_TRUE(IsFirstElsewhere(L"C:\\kestrelon test five\\"));

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <numeric>
 #include <string>
 #include <system_error>
 
@@ -347,6 +349,54 @@ TEST(Trim, TakesBlanksOffBothEndsAndNothingElse) {
   EXPECT_EQ(Trim(L"\t a \n"), L"\t a \n");
   EXPECT_EQ(Trim(L"   "), L"");
   EXPECT_EQ(Trim(L""), L"");
+}
+
+class PersistentlyTest : public testing::Test {
+ protected:
+  // Fails with `error` so many times, then succeeds.
+  bool Try(DWORD error, int failures) {
+    return Persistently(
+        [&] {
+          ++attempts;
+          SetLastError(attempts <= failures ? error : 0);
+          return attempts > failures;
+        },
+        [&](DWORD milliseconds) {
+          waits.push_back(milliseconds);
+          SetLastError(0);
+        });
+  }
+  DWORD Waited() const { return std::accumulate(waits.begin(), waits.end(), DWORD{0}); }
+  int attempts = 0;
+  std::vector<DWORD> waits;
+};
+
+TEST_F(PersistentlyTest, WaitsForNothingThatSucceedsAtOnce) {
+  EXPECT_TRUE(Try(ERROR_SHARING_VIOLATION, 0));
+  EXPECT_TRUE(waits.empty());
+}
+
+TEST_F(PersistentlyTest, TriesAgainWhatSomebodyHoldsForAMoment) {
+  for (const DWORD error : {ERROR_SHARING_VIOLATION, ERROR_LOCK_VIOLATION, ERROR_ACCESS_DENIED}) {
+    attempts = 0;
+    waits.clear();
+    EXPECT_TRUE(Try(error, 3)) << error;
+    EXPECT_EQ(attempts, 4);
+    EXPECT_TRUE(std::is_sorted(waits.begin(), waits.end()));
+  }
+}
+
+TEST_F(PersistentlyTest, GivesUpAfterAboutASecondWithTheErrorOfTheLastAttempt) {
+  EXPECT_FALSE(Try(ERROR_SHARING_VIOLATION, 1000));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+  EXPECT_GE(Waited(), 700u);
+  EXPECT_LE(Waited(), 1300u);
+}
+
+TEST_F(PersistentlyTest, DoesNotWaitWhereWaitingDoesNotHelp) {
+  EXPECT_FALSE(Try(ERROR_DISK_FULL, 1000));
+  EXPECT_EQ(attempts, 1);
+  EXPECT_TRUE(waits.empty());
 }
 
 }  // namespace

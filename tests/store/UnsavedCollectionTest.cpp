@@ -9,6 +9,7 @@
 #include "store/UnsavedCollection.h"
 #include "tests/store/StoreFixture.h"
 #include "tests/support/FileCalls.h"
+#include "ui/win/Boxes.h"
 
 namespace kestrelon::store {
 namespace {
