@@ -262,6 +262,14 @@ std::optional<std::vector<std::uint8_t>> RecoverFromLog(const std::filesystem::p
   return Recover(files[0].get(), files[1].get(), [&] { return opener(database, OpenMode::kReadWrite); });
 }
 
+void Connection::Abandon() noexcept {
+  Session& session = *state_->session;
+  if (!session.open) return;
+  session.open = false;
+  ++session.opening;
+  session.LeaveUnwritten();
+}
+
 void Connection::Forget() {
   Session& session = *state_->session;
   if (session.open) ThrowOpen();

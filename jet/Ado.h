@@ -85,6 +85,9 @@ class Connection {
   // Deletes both files, at a clean end.
   void RemoveLog();
 
+  // Closes without writing: what has changed since the last write is given up. Does nothing when closed.
+  void Abandon() noexcept;
+
   // Drops what was kept of the last file, so that the next Open() reads it anew. For callers that replace
   // files.
   void Forget();

@@ -128,8 +128,8 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
           win::Quietly([&] { parts.unsaved->Unsettle(); });
       });
       ReplaceByCopy(slot, WorkingDatabase(parts.program), [&](const std::wstring& copy) {
-        CheckIsWhole(copy);
         CheckIsOurs(copy);
+        CheckIsWhole(copy);
         rows = CategoriesIn(copy);
         if (parts.unsaved == nullptr) return;
         parts.unsaved->SetAside();

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <set>
+#include <stdexcept>
 
 #include "app/base/File.h"
 #include "store/SharedConnection.h"
@@ -141,6 +142,18 @@ std::vector<CategoryRow> RecoveredTree(const Program& program, std::uint64_t ver
   return rows;
 }
 
+// No record in either file of the log is whole, and yet both have been written: the end of the very first
+// write leaves one of them empty.
+bool LogIsDamaged(const Program& program) {
+  for (const wchar_t* file : {L".1", L".2"}) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    const std::wstring path = LogOf(program) + file;
+    if (!::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) || data.nFileSizeLow == 0)
+      return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 UnsavedCollection::UnsavedCollection(win::MainParts& parts) : parts_(parts) {
@@ -153,6 +166,7 @@ UnsavedCollection::UnsavedCollection(win::MainParts& parts) : parts_(parts) {
 
 UnsavedCollection::~UnsavedCollection() {
   parts_.connection.beforeWriting = parts_.connection.afterWriting = nullptr;
+  win::Quietly([this] { parts_.connection.Ado().SetLog({}); });  // the files stay
   parts_.unsaved = nullptr;
 }
 
@@ -222,6 +236,7 @@ bool RecoverUnsaved(const Program& program) {
   bool found = false;
   if (FileExists(database)) {
     const auto bytes = jet::RecoverFromLog(database, LogOf(program));
+    if (!bytes && LogIsDamaged(program)) throw std::runtime_error("The log of the database is damaged.");
     const std::optional<Note> note = bytes ? NoteOf(*bytes) : std::nullopt;
     if (note && note->unsaved != 0) {
       const std::vector<CategoryRow> rows = RecoveredTree(program, note->tree);

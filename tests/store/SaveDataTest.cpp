@@ -240,7 +240,7 @@ TEST_F(SaveDataTest, SavesTheDatabaseAsItIsWhenItCannotBePacked) {
   AddCategory(nullptr, L"A", L"top");
   Execute(InsertItem(L"A", L"1#A", L"item"));
   dir.WriteFile(L"KestrelonData\\Data2.dat", "old slot");
-  world.answers = {IDOK, IDOK};
+  world.answers = {IDOK};
 
   EXPECT_TRUE(Save());
 

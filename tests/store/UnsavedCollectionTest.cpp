@@ -44,8 +44,8 @@ class UnsavedCollectionTest : public StoreTest {
 
   // The program ends here, without a word, and is started again: was there something to recover?
   bool Restart() {
-    unsaved.reset();
     connection.Forget();
+    unsaved.reset();
     const bool found = RecoverUnsaved(dir.program);
     DeleteIfThere(Working());
     dir.WriteFile(L"KestrelonData\\default.dat", TemplateBytes());
@@ -267,8 +267,8 @@ class UnsavedCollectionStopped : public UnsavedCollectionTest {
  protected:
   // The data folder as a session of its own begins.
   void Fresh() {
-    unsaved.reset();
     connection.Forget();
+    unsaved.reset();
     for (const auto& entry : std::filesystem::directory_iterator(dir.program.dataFolder)) {
       if (entry.path().filename() != L"Kestrelon.dat" && entry.path().filename() != L"Temp.dat")
         std::filesystem::remove_all(entry.path());
@@ -291,8 +291,8 @@ class UnsavedCollectionStopped : public UnsavedCollectionTest {
           FileCalls calls(mode, call);
           win::Quietly(body);
           // Nothing of this program reaches the disk any more.
-          unsaved.reset();
           connection.Forget();
+          unsaved.reset();
           hit = calls.Hit();
         }
         world.answers.clear();
@@ -377,8 +377,8 @@ TEST_F(UnsavedCollectionStopped, WhileItIsSavedIsInTheSlotOrRecovered) {
 TEST_F(UnsavedCollectionStopped, WhileItIsRecoveredIsRecoveredByTheNextStart) {
   AtEveryCall([&] { Work(); },
               [&] {
-                unsaved.reset();
                 connection.Forget();
+                unsaved.reset();
                 RecoverUnsaved(dir.program);
                 // As start-up goes on.
                 DeleteIfThere(Working());
@@ -393,8 +393,8 @@ TEST_F(UnsavedCollectionStopped, WhileItIsRecoveredIsRecoveredByTheNextStart) {
 
 TEST_F(UnsavedCollectionTest, ThatCannotBeRecoveredIsPutAwayWhole) {
   Work();
-  unsaved.reset();
   connection.Forget();
+  unsaved.reset();
   const std::wstring kept = PutUnrecoveredAway(dir.program);
   EXPECT_TRUE(FileExists(kept));
   EXPECT_FALSE(FileExists(Working()));

@@ -142,13 +142,13 @@ class FileCalls {
     return Failed(ERROR_DISK_FULL);
   }
   static BOOL WINAPI SetFileAttributesOurs(LPCWSTR path, DWORD attributes) {
-    if (Fails(Kind::kWrites)) return Failed(ERROR_ACCESS_DENIED);
+    if (Fails(Kind::kWrites)) return Failed(ERROR_WRITE_PROTECT);
     return setFileAttributes_(path, attributes);
   }
   static HANDLE WINAPI CreateFileOurs(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                                       DWORD disposition, DWORD flags, HANDLE model) {
     if ((access & GENERIC_WRITE) != 0 && Fails(Kind::kWrites)) {
-      ::SetLastError(ERROR_ACCESS_DENIED);
+      ::SetLastError(ERROR_WRITE_PROTECT);
       return INVALID_HANDLE_VALUE;
     }
     return createFile_(path, access, share, security, disposition, flags, model);
@@ -165,12 +165,12 @@ class FileCalls {
     return Fails(Kind::kWrites) ? Failed(ERROR_DISK_FULL) : TRUE;
   }
   static BOOL WINAPI MoveFileExOurs(LPCWSTR from, LPCWSTR to, DWORD flags) {
-    if (Fails(Kind::kRenames)) return Failed(ERROR_ACCESS_DENIED);
+    if (Fails(Kind::kRenames)) return Failed(ERROR_WRITE_PROTECT);
     return moveFileEx_(from, to, flags);
   }
   static BOOL WINAPI DeleteFileOurs(LPCWSTR path) {
     if (::GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES) return deleteFile_(path);
-    if (Fails(Kind::kDeletes)) return Failed(ERROR_ACCESS_DENIED);
+    if (Fails(Kind::kDeletes)) return Failed(ERROR_WRITE_PROTECT);
     return deleteFile_(path);
   }
   static int __cdecl OpenOurs(int* descriptor, const wchar_t* path, int flags, int share, int permissions) {
