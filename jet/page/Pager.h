@@ -108,7 +108,7 @@ class Pager {
   enum : std::uint8_t { kDirty = 1, kNew = 2, kChecked = 4, kFreed = 16 };
 
   struct State {
-    std::uint32_t epoch = 0;
+    std::uint64_t epoch = 0;
     std::uint32_t openFor = 0;
     std::uint8_t flags = 0;
   };
@@ -152,7 +152,8 @@ class Pager {
   std::uint32_t mapReach_ = 0;                // of the global map in the file on disk
   bool unfinished_ = false;
 
-  std::uint32_t epoch_ = 1;
+  std::uint64_t epoch_ =
+      1;  // counts transactions; of 32 bits it would come round, and a page would pass for kept
   bool inTransaction_ = false;
   std::vector<Before> before_;
   std::vector<std::unique_ptr<Image>> spareImages_;
