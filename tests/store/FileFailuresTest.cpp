@@ -30,7 +30,7 @@ Content ContentOf(const std::wstring& path) {
   return content;
 }
 
-std::vector<std::string> FaultsOf(const std::wstring& path) {
+std::vector<jet::Finding> FaultsOf(const std::wstring& path) {
   return jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path))->Check();
 }
 
