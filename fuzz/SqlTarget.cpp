@@ -37,8 +37,8 @@ InputBytes MakeOriginal() {
 }
 
 void ExpectSound(Database& database, const char* when) {
-  const std::vector<std::string> faults = database.Check();
-  if (!faults.empty()) throw Finding(std::string(when) + ": " + faults.front());
+  const std::vector<jet::Finding> findings = database.Check();
+  if (!findings.empty()) throw Finding(std::string(when) + ": " + findings.front().text);
 }
 
 }  // namespace

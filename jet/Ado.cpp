@@ -21,6 +21,9 @@ namespace {
 [[noreturn]] void ThrowOpen() {
   throw Error(code::kObjectOpen, u"Operation is not allowed when the object is open.");
 }
+[[noreturn]] void ThrowReadOnly(const std::filesystem::path& path) {
+  throw Error(code::kGeneric, u"Could not write '" + path.u16string() + u"': the file is read-only.");
+}
 [[noreturn]] void ThrowNoCurrentRow() {
   throw Error(
       code::kNoCurrentRow,
@@ -74,11 +77,12 @@ std::unique_ptr<Database> OpenDatabase(std::unique_ptr<File> file, const std::fi
 // that the connection was closed under them.
 struct Session {
   std::filesystem::path path;
-  FileStamp stamp;                          // of the file as it was when `database` was last the same
+  std::optional<FileStamp> stamp;           // of the file as it was when `database` was last the same
   std::unique_ptr<Database> database;       // kept when closed
   std::unique_ptr<sql::Executor> executor;  // together with its lookups
   bool open = false;
-  bool written = false;  // since it was opened
+  bool written = false;   // since it was opened
+  bool readOnly = false;  // the file
   std::uint64_t opening = 0;
   std::filesystem::path logPath;  // empty: no log
   std::shared_ptr<RedoLog> log;
@@ -88,17 +92,23 @@ struct Session {
     executor.reset();
     database.reset();
   }
-  // After a failed write. What the file on disk does not hold any more is not given up.
-  void LeaveUnwritten() noexcept {
-    database->DetachFile().reset();
+  // Lets go of the file; keeps its stamp, so that it is known again, if it was written.
+  void LetGo(bool written) noexcept {
+    std::unique_ptr<File> file = database->DetachFile();
+    if (!written) return;
+    stamp.reset();
     try {
-      if (database->Unfinished()) {
-        stamp = StampOf(path);
-        return;
-      }
+      if (file) stamp = file->Stamp();
+      file.reset();
+      if (!stamp) stamp = StampOf(path);  // the file itself cannot tell
     } catch (...) {
       // The file is gone, and its content with it.
     }
+  }
+  // After a failed write. What the file on disk does not hold any more is not given up.
+  void LeaveUnwritten() noexcept {
+    LetGo(true);
+    if (database->Unfinished() && stamp) return;
     if (log) log->DropNote();
     Drop();
   }
@@ -148,8 +158,11 @@ void Connection::Open() {
   std::filesystem::path path = DataSource(state_->connectionString);
   std::unique_ptr<File> file = state_->opener(path, OpenMode::kReadWrite);
   // Taken while nobody else can change the file.
-  const FileStamp stamp = StampOf(path);
-  if (session.database && session.path == path && session.stamp == stamp) {
+  std::optional<FileStamp> stamp = file->Stamp();
+  if (!stamp) stamp = StampOf(path);
+  session.readOnly = file->ReadOnly();
+  if (session.database && session.stamp == stamp) {
+    session.path = std::move(path);
     session.database->AttachFile(std::move(file));
   } else {
     session.Drop();
@@ -177,11 +190,8 @@ void Connection::Close() {
   session.open = false;
   ++session.opening;
   try {
-    const bool changed = flushed || unwritten;
     if (unwritten) session.database->Flush();
-    session.database->DetachFile().reset();
-    // After the file is closed: before that its time may not be the last one.
-    if (changed) session.stamp = StampOf(session.path);
+    session.LetGo(flushed || unwritten);
   } catch (...) {
     session.LeaveUnwritten();
     throw;
@@ -278,6 +288,7 @@ void Connection::Forget() {
 
 std::size_t Connection::Execute(std::u16string_view sql) {
   if (!state_->session->open) ThrowClosed();
+  if (state_->session->readOnly) ThrowReadOnly(state_->session->path);
   return state_->session->executor->Execute(sql);
 }
 
@@ -293,7 +304,10 @@ struct Recordset::State_ {
 
   // The current row, found when one of its fields is asked for.
   std::uint64_t changesAtOpening = 0;  // of the executor
-  std::uint64_t changes = 0;           // when `table` was found
+  std::size_t rowsAtOpening = 0;       // further ones were added by this recordset
+  std::vector<std::uint64_t> addedAt;  // the executor's changes when they were
+  std::shared_ptr<sql::Deletions> deletions;
+  std::uint64_t changes = 0;  // when `table` was found
   Table* table = nullptr;
   std::optional<Cursor> cursor;
   bool onRow = false;
@@ -335,13 +349,11 @@ const Cursor& Recordset::State_::CurrentRow() {
   Refresh();
   if (onRow) return *cursor;
   if (position >= selection.rows.size()) ThrowNoCurrentRow();
+  const RowId row = selection.rows[position];
+  const std::uint64_t since = position < rowsAtOpening ? changesAtOpening : addedAt[position - rowsAtOpening];
+  if (changes != since && deletions->DeletedSince(selection.table, row, since)) ThrowNoCurrentRow();
   if (!cursor) cursor.emplace(table->Rows());
-  try {
-    cursor->MoveTo(selection.rows[position]);
-  } catch (const CorruptFile&) {
-    if (changes == changesAtOpening) throw;
-    ThrowNoCurrentRow();  // deleted since the recordset was opened
-  }
+  cursor->MoveTo(row);
   onRow = true;
   return *cursor;
 }
@@ -394,6 +406,7 @@ void Recordset::State_::AppendText(std::size_t column, std::u16string& text) {
 }
 
 void Recordset::State_::Append() {
+  if (session->readOnly) ThrowReadOnly(session->path);
   RowId row{};
   try {
     row = session->executor->Append(selection.table, added);
@@ -404,6 +417,7 @@ void Recordset::State_::Append() {
   adding = false;
   position = selection.rows.size();
   selection.rows.push_back(row);
+  addedAt.push_back(session->executor->Changes());
   LeaveRow();
 }
 
@@ -422,6 +436,8 @@ void Recordset::Open(std::u16string_view sql, Connection& connection) {
   state->session = session;
   state->opening = session->opening;
   state->changesAtOpening = session->executor->Changes();
+  state->rowsAtOpening = state->selection.rows.size();
+  state->deletions = session->executor->NoteDeletions();
   state->open = true;
   state_ = std::move(state);
 }
@@ -519,7 +535,7 @@ void JetEngine::CompactDatabase(std::u16string_view sourceConnection,
     database->CompactInto(*packed);
   } catch (...) {
     packed.reset();
-    std::filesystem::remove(destination, ignored);
+    RemoveFile(destination);
     throw;
   }
 }

@@ -50,10 +50,10 @@ class Connection {
   // 0 closed, 1 open.
   int State() const;
 
-  // Opens the file named by the connection string, for this process alone. A file that this object closed
-  // last and that nobody has changed since (same identity, size and time) is not read again. Throws
-  // code::kGeneric when the file is missing, in use or no database that the engine reads, code::kObjectOpen
-  // when already open.
+  // Opens the file named by the connection string, for this process alone; one that may not be written is
+  // opened for reading. A file that this object closed last and that nobody has changed since (same identity,
+  // size and time) is not read again. Throws code::kGeneric when the file is missing, in use or no database
+  // that the engine reads, code::kObjectOpen when already open.
   void Open();
 
   // Writes the changed pages and lets go of the file; does nothing when closed. On a failed write the error
@@ -94,7 +94,7 @@ class Connection {
 
   // Runs one statement other than SELECT (INSERT, UPDATE or DELETE, of at most 68,000 characters) and returns
   // the number of rows it touched. A statement applies whole or not at all; its error leaves the connection
-  // usable. Throws code::kObjectClosed when closed.
+  // usable. Throws code::kObjectClosed when closed, code::kGeneric for a file that may not be written.
   std::size_t Execute(std::u16string_view sql);
 
  private:

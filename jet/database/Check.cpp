@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <deque>
 #include <exception>
 #include <map>
 #include <string>
@@ -16,22 +18,75 @@
 namespace kestrelon::jet {
 namespace {
 
-constexpr std::size_t kMostFaults = 1000;  // a file of garbage has more to say than anybody wants to read
+// Of one kind: a file of garbage has more to say than anybody wants to read.
+constexpr std::size_t kMostFindings = 1000;
 
 std::string At(std::uint32_t page, std::size_t slot) {
   return " (page " + std::to_string(page) + ", row " + std::to_string(slot) + ")";
 }
 
+// The long-value rows of one table, and which of them a row names.
+class Pieces {
+ public:
+  explicit Pieces(std::uint32_t pageCount) : start_(pageCount) {}
+
+  void Clear() {
+    for (const std::uint32_t page : pages_) start_[page] = 0;
+    pages_.clear();
+    states_.clear();
+  }
+  void AddPage(std::uint32_t page, const std::uint8_t* bytes) {
+    start_[page] = static_cast<std::uint32_t>(states_.size()) + 1;
+    pages_.push_back(page);
+    const std::size_t slots = std::min(data_page::SlotCount(bytes), kMostSlots);
+    states_.push_back(static_cast<std::uint8_t>(slots));
+    for (std::size_t slot = 0; slot < slots; ++slot) {
+      const bool deleted = (data_page::Slot(bytes, slot) & kSlotDeleted) == kSlotDeleted;
+      states_.push_back(deleted ? kDeleted : kUnused);
+    }
+  }
+  enum class Use { kFirst, kAgain, kNoPiece };
+  Use Take(std::uint32_t pointer) {
+    const std::uint32_t page = pointer >> 8, slot = pointer & 0xFF;
+    if (page >= start_.size() || start_[page] == 0) return Use::kNoPiece;
+    const std::size_t start = start_[page];
+    if (slot >= states_[start - 1] || states_[start + slot] == kDeleted) return Use::kNoPiece;
+    return std::exchange(states_[start + slot], kUsed) == kUsed ? Use::kAgain : Use::kFirst;
+  }
+  template <class Each>
+  void ForEachUnused(Each&& each) const {
+    for (const std::uint32_t page : pages_) {
+      const std::size_t start = start_[page];
+      for (std::size_t slot = 0; slot < states_[start - 1]; ++slot) {
+        if (states_[start + slot] == kUnused) each(page, slot);
+      }
+    }
+  }
+
+ private:
+  enum : std::uint8_t { kUnused, kUsed, kDeleted };
+
+  std::vector<std::uint32_t>
+      start_;  // by page: 1 + where its count of slots stands, with the slots behind it
+  std::vector<std::uint32_t> pages_;
+  std::vector<std::uint8_t> states_;
+};
+
 class Checker {
  public:
-  Checker(const Pager& pager, std::vector<std::string>& faults)
-      : pager_(pager), faults_(faults), owner_(pager.PageCount()) {}
+  explicit Checker(const Pager& pager)
+      : pager_(pager), owner_(pager.PageCount()), names_(1), pieces_(pager.PageCount()) {}
+
+  std::vector<Finding> Take() { return std::move(findings_); }
+
+  void Fault(std::string text) { Note(Finding::Kind::kDamage, std::move(text)); }
 
   void CheckGlobalMap() {
     Guard("the map of free pages", [&] {
-      Claim(0, "the header");
-      Claim(Pager::kGlobalMapPage, "the map of free pages");
-      for (const std::uint32_t page : global_map::BitPages(pager_)) Claim(page, "the map of free pages");
+      Claim(0, OwnerNamed("the header"));
+      const std::uint32_t map = OwnerNamed("the map of free pages");
+      Claim(Pager::kGlobalMapPage, map);
+      for (const std::uint32_t page : global_map::BitPages(pager_)) Claim(page, map);
     });
   }
 
@@ -41,43 +96,44 @@ class Checker {
     const std::string name = internal.name.empty() ? "a table without a name" : ToUtf8(internal.name);
     const TableDef& def = internal.def;
     if (internal.name.empty()) Fault("a table has no name (page " + std::to_string(def.page) + ")");
+    const std::uint32_t owner = OwnerNamed(name);
     Guard(name, [&] {
-      for (const std::uint32_t page : def.pages) Claim(page, name);
+      for (const std::uint32_t page : def.pages) Claim(page, owner);
       ClaimMap(def.ownedMap, name);
       if (def.freeMap != 0) ClaimMap(def.freeMap, name);
-      for (const std::uint32_t page : internal.rows.Pages()) Claim(page, name);
+      for (const std::uint32_t page : internal.rows.Pages()) Claim(page, owner);
       CheckSubset(internal.rows, name);
     });
-    std::map<std::uint32_t, bool> pieces;  // long-value rows that lie on pages of the table -> named by a row
+    pieces_.Clear();
     for (std::size_t position = 0; position < internal.stored.size(); ++position) {
       if (!internal.stored[position].LongValue()) continue;
-      Guard(name, [&] { ClaimLongValues(internal, position, pieces); });
+      Guard(name, [&] { ClaimLongValues(internal, position); });
     }
     std::vector<RowId> rows;
     Guard(name, [&] {
       internal.CheckSize();
-      CheckRows(internal, rows, pieces);
+      CheckRows(internal, name, rows);
     });
     if (def.kind == TableDef::kUser && rows.size() != table.RowCount()) {
       Fault(name + ": the definition says " + std::to_string(table.RowCount()) + " rows, the pages hold " +
             std::to_string(rows.size()));
     }
-    for (const auto& [pointer, used] : pieces) {
-      if (!used) Fault(name + ": a long value belongs to no row" + At(pointer >> 8, pointer & 0xFF));
-    }
+    pieces_.ForEachUnused([&](std::uint32_t page, std::size_t slot) {
+      Note(Finding::Kind::kWaste, name + ": a long value belongs to no row" + At(page, slot));
+    });
     for (const RealIndex& index : def.indexes) {
-      Guard(name, [&] { CheckIndex(internal, index, rows, stale); });
+      Guard(name, [&] { CheckIndex(internal, index, owner, rows, stale); });
     }
   }
 
   void CheckAllPages() {
     for (std::uint32_t page = 0; page < pager_.PageCount(); ++page) {
       const bool free = pager_.IsFree(page);
-      if (owner_[page].empty() && !free)
-        Fault("page " + std::to_string(page) + " belongs to nothing and is not free");
-      if (!owner_[page].empty() && free) {
-        Fault("page " + std::to_string(page) + " is free but belongs to " + owner_[page]);
+      if (owner_[page] == kNobody && !free) {
+        Note(Finding::Kind::kWaste, "page " + std::to_string(page) + " belongs to nothing and is not free");
       }
+      if (owner_[page] != kNobody && free)
+        Fault("page " + std::to_string(page) + " is free but belongs to " + names_[owner_[page]]);
     }
   }
 
@@ -91,27 +147,35 @@ class Checker {
   }
 
  private:
-  void Fault(std::string fault) {
-    if (faults_.size() < kMostFaults) faults_.push_back(std::move(fault));
+  static constexpr std::uint32_t kNobody = 0;
+
+  void Note(Finding::Kind kind, std::string text) {
+    if (counts_[static_cast<std::size_t>(kind)]++ < kMostFindings)
+      findings_.push_back({kind, std::move(text)});
+  }
+  std::uint32_t OwnerNamed(std::string name) {
+    names_.push_back(std::move(name));
+    return static_cast<std::uint32_t>(names_.size() - 1);
   }
 
-  void Claim(std::uint32_t page, const std::string& who) {
+  void Claim(std::uint32_t page, std::uint32_t owner) {
     pager_.Read(page);
-    if (!owner_[page].empty()) {
-      Fault("page " + std::to_string(page) + " belongs to " + owner_[page] + " and to " + who);
+    if (owner_[page] != kNobody) {
+      Fault("page " + std::to_string(page) + " belongs to " + names_[owner_[page]] + " and to " +
+            names_[owner]);
     }
-    owner_[page] = who;
+    owner_[page] = owner;
   }
 
   void ClaimMap(std::uint32_t pointer, const std::string& who) {
-    static const std::string kMaps = "usage maps";
+    if (maps_ == kNobody) maps_ = OwnerNamed("usage maps");
     for (const std::uint32_t page : UsageMap(const_cast<Pager&>(pager_), pointer).BitPages())
-      Claim(page, kMaps);
+      Claim(page, maps_);
     if (!mapRows_.emplace(pointer, who).second) {
       Fault(who + ": its usage map serves " + mapRows_[pointer] + " too" + At(pointer >> 8, pointer & 0xFF));
     }
     const std::uint32_t page = pointer >> 8;
-    if (owner_.at(page) != kMaps) Claim(page, kMaps);
+    if (owner_.at(page) != maps_) Claim(page, maps_);
     CheckFreeBytes(pager_.Read(page), page);
   }
 
@@ -132,28 +196,22 @@ class Checker {
     }
   }
 
-  void ClaimLongValues(const TableInternal& table, std::size_t position,
-                       std::map<std::uint32_t, bool>& pieces) {
+  void ClaimLongValues(const TableInternal& table, std::size_t position) {
     const PageSet& set = table.LongValuesOf(position);
     const std::string who = ToUtf8(table.name) + "." + ToUtf8(table.stored[position].name);
     ClaimMap(set.OwnedMap(), who);
     if (set.FreeMap() != 0) ClaimMap(set.FreeMap(), who);
+    const std::uint32_t owner = OwnerNamed(who);
     for (const std::uint32_t page : set.Pages()) {
-      Claim(page, who);
+      Claim(page, owner);
       const std::uint8_t* bytes = set.Read(page);
       CheckFreeBytes(bytes, page);
-      for (std::size_t slot = 0; slot < data_page::SlotCount(bytes); ++slot) {
-        if ((data_page::Slot(bytes, slot) & kSlotDeleted) != kSlotDeleted) {
-          pieces[static_cast<std::uint32_t>(MakeRowId(page, slot))] = false;
-        }
-      }
+      pieces_.AddPage(page, bytes);
     }
     CheckSubset(set, who);
   }
 
-  void CheckRows(const TableInternal& table, std::vector<RowId>& rows,
-                 std::map<std::uint32_t, bool>& pieces) {
-    const std::string name = ToUtf8(table.name);
+  void CheckRows(const TableInternal& table, const std::string& name, std::vector<RowId>& rows) {
     std::map<RowId, bool> hidden;  // rows that others point to -> pointed to
     for (const std::uint32_t page : table.rows.Pages()) {
       const std::uint8_t* bytes = table.rows.Read(page);
@@ -179,7 +237,7 @@ class Checker {
           Guard(name, [&] {
             const StoredColumn& column = table.stored[position];
             if (column.LongValue() && view.Has(column.number))
-              UsePieces(table, position, view.Field(column), pieces);
+              UsePieces(table, name, position, view.Field(column));
             ReadField(table, view, position, value);
           });
         }
@@ -187,20 +245,24 @@ class Checker {
     }
     for (const auto& [row, used] : hidden) {
       const auto number = static_cast<std::uint32_t>(row);
-      if (!used) Fault(name + ": a moved row belongs to no row" + At(number >> 8, number & 0xFF));
+      if (!used) {
+        Note(Finding::Kind::kWaste,
+             name + ": a moved row belongs to no row" + At(number >> 8, number & 0xFF));
+      }
     }
   }
 
-  void UsePieces(const TableInternal& table, std::size_t position, std::span<const std::uint8_t> field,
-                 std::map<std::uint32_t, bool>& pieces) {
-    const std::string name = ToUtf8(table.name);
+  void UsePieces(const TableInternal& table, const std::string& name, std::size_t position,
+                 std::span<const std::uint8_t> field) {
     const auto used = long_value::Pieces(pager_, table.LongValuesOf(position), field);
     for (const std::uint32_t piece : used) {
-      const auto found = pieces.find(piece);
-      if (found == pieces.end()) {
-        Fault(name + ": a long value lies on a page of something else" + At(piece >> 8, piece & 0xFF));
-      } else if (std::exchange(found->second, true)) {
-        Fault(name + ": two rows share a long value" + At(piece >> 8, piece & 0xFF));
+      switch (pieces_.Take(piece)) {
+        case Pieces::Use::kFirst: break;
+        case Pieces::Use::kAgain:
+          Fault(name + ": two rows share a long value" + At(piece >> 8, piece & 0xFF));
+          break;
+        case Pieces::Use::kNoPiece:
+          Fault(name + ": a long value lies on a page of something else" + At(piece >> 8, piece & 0xFF));
       }
     }
     // Of a chain, the reference and the first page carry the same token.
@@ -211,26 +273,67 @@ class Checker {
     }
   }
 
-  void CheckIndex(const TableInternal& table, const RealIndex& index, const std::vector<RowId>& rows,
-                  bool stale) {
-    const std::string name = ToUtf8(table.name);
-    ClaimMap(index.map, name);
-    std::vector<std::uint32_t> owned = UsageMap(const_cast<Pager&>(pager_), index.map).Pages(), inTree;
-    for (const std::uint32_t page : owned) Claim(page, name);
+  // What is wrong with an index, and whether that can be helped.
+  struct IndexFaults {
+    std::vector<std::string> texts;
+    bool ofTree = false;        // a walk that trusts the tree would end early
+    bool ofKeylessRow = false;  // the tree has not one key for a row whose key we cannot make
+    bool anyKeylessRow = false;
+  };
 
+  void CheckIndex(const TableInternal& table, const RealIndex& index, std::uint32_t owner,
+                  const std::vector<RowId>& rows, bool stale) {
+    const std::string& name = names_[owner];
+    ClaimMap(index.map, name);
+    const std::vector<std::uint32_t> owned = UsageMap(const_cast<Pager&>(pager_), index.map).Pages();
+    for (const std::uint32_t page : owned) {
+      Claim(page, owner);
+      // Changing the table gives these pages back unread.
+      const std::uint8_t* bytes = pager_.Read(page);
+      const bool isIndex = bytes[0] == page_type::kIndexLeaf || bytes[0] == page_type::kIndexNode;
+      if (!isIndex || Get32(bytes + 4) != table.def.page)
+        Fault(name + ": an index owns a page of something else (page " + std::to_string(page) + ")");
+    }
+    if (!std::binary_search(owned.begin(), owned.end(), index.root))
+      Fault(name + ": an index has lost its root");
+
+    IndexFaults faults;
+    std::vector<std::uint32_t> inTree;
     std::vector<std::pair<RowId, std::string>> entries;
     IndexWalk walk;
     walk.entry = [&](std::span<const std::uint8_t> key, RowId row) {
       entries.emplace_back(row, std::string(key.begin(), key.end()));
     };
     walk.page = [&](std::uint32_t page) { inTree.push_back(page); };
-    walk.fault = [&](const std::string& fault) { Fault(name + ": index: " + fault); };
+    walk.fault = [&](const std::string& fault) {
+      faults.texts.push_back("index: " + fault);
+      faults.ofTree = true;
+    };
     WalkIndex(pager_, table.def.page, index, walk);
     std::sort(inTree.begin(), inTree.end());
-    if (inTree != owned) Fault(name + ": the pages of an index are not those of its map");
-    if (stale) return;
+    if (inTree != owned) faults.texts.emplace_back("the pages of an index are not those of its map");
+    if (!stale) CompareWithRows(table, index, rows, entries, faults);
 
-    if (index.Unique()) CheckUnique(name, index, entries);
+    const bool lost = faults.ofKeylessRow || (faults.ofTree && faults.anyKeylessRow);
+    for (const std::string& text : faults.texts)
+      Note(lost ? Finding::Kind::kDamage : Finding::Kind::kIndex, name + ": " + text);
+    if (!faults.texts.empty() && index.Unique() && !stale) RequireDifferentKeys(table, name, index, rows);
+  }
+
+  void CompareWithRows(const TableInternal& table, const RealIndex& index, const std::vector<RowId>& rows,
+                       std::vector<std::pair<RowId, std::string>>& entries, IndexFaults& faults) {
+    const auto note = [&faults](const char* what, RowId row) {
+      const auto number = static_cast<std::uint32_t>(row);
+      faults.texts.push_back(what + At(number >> 8, number & 0xFF));
+    };
+    if (index.Unique()) {
+      const std::string nulls = KeyOfNulls(index);
+      for (std::size_t i = 1; i < entries.size(); ++i) {
+        const std::string& key = entries[i].second;
+        if (key == entries[i - 1].second && key != nulls)
+          note("a unique index has a key twice", entries[i].first);
+      }
+    }
     std::sort(entries.begin(), entries.end());
     std::vector<RowId> sortedRows = rows;
     std::sort(sortedRows.begin(), sortedRows.end());
@@ -238,32 +341,51 @@ class Checker {
     auto entry = entries.begin();
     for (const RowId row : sortedRows) {
       while (entry != entries.end() && entry->first < row) {
-        FaultAtRow(name, "an index names a row that is not there", (entry++)->first);
+        note("an index names a row that is not there", (entry++)->first);
       }
       cursor.MoveTo(row);
       bool known = true, allNull = true;
       const std::string key = KeyOf(table, index, cursor, known, allNull);
+      faults.anyKeylessRow = faults.anyKeylessRow || !known;
       if (entry == entries.end() || entry->first != row) {
-        if (!(allNull && index.IgnoresNulls())) FaultAtRow(name, "an index lacks a row", row);
+        if (allNull && index.IgnoresNulls()) continue;
+        note("an index lacks a row", row);
+        faults.ofKeylessRow = faults.ofKeylessRow || !known;
         continue;
       }
-      if (known && entry->second != key) FaultAtRow(name, "an index has another key for a row", row);
+      if (known && entry->second != key) note("an index has another key for a row", row);
       ++entry;
-    }
-    for (; entry != entries.end(); ++entry)
-      FaultAtRow(name, "an index names a row that is not there", entry->first);
-  }
-
-  void CheckUnique(const std::string& name, const RealIndex& index,
-                   const std::vector<std::pair<RowId, std::string>>& entries) {
-    std::string nulls;
-    for (const KeyColumn& column : index.columns) nulls.push_back(column.ascending ? '\x00' : '\xFF');
-    for (std::size_t i = 1; i < entries.size(); ++i) {
-      const std::string& key = entries[i].second;
-      if (key == entries[i - 1].second && key != nulls) {
-        FaultAtRow(name, "a unique index has a key twice", entries[i].first);
+      for (; entry != entries.end() && entry->first == row; ++entry) {
+        note("an index has a row twice", row);
+        faults.ofKeylessRow = faults.ofKeylessRow || !known;
       }
     }
+    for (; entry != entries.end(); ++entry) note("an index names a row that is not there", entry->first);
+  }
+
+  // Once the tree has said something else than the rows: no tree can be made of rows that have one key.
+  void RequireDifferentKeys(const TableInternal& table, const std::string& name, const RealIndex& index,
+                            const std::vector<RowId>& rows) {
+    std::vector<std::pair<std::string, RowId>> keys;
+    const std::string nulls = KeyOfNulls(index);
+    Cursor cursor(table);
+    for (const RowId row : rows) {
+      cursor.MoveTo(row);
+      bool known = true, allNull = true;
+      std::string key = KeyOf(table, index, cursor, known, allNull);
+      if (known && key != nulls) keys.emplace_back(std::move(key), row);
+    }
+    std::sort(keys.begin(), keys.end());
+    for (std::size_t i = 1; i < keys.size(); ++i) {
+      if (keys[i].first == keys[i - 1].first)
+        FaultAtRow(name, "a row has the key of another in a unique index", keys[i].second);
+    }
+  }
+
+  static std::string KeyOfNulls(const RealIndex& index) {
+    std::string nulls;
+    for (const KeyColumn& column : index.columns) nulls.push_back(column.ascending ? '\x00' : '\xFF');
+    return nulls;
   }
 
   std::string KeyOf(const TableInternal& table, const RealIndex& index, const Cursor& cursor, bool& known,
@@ -286,19 +408,22 @@ class Checker {
   }
 
   const Pager& pager_;
-  std::vector<std::string>& faults_;
-  std::vector<std::string> owner_;  // by page; empty: nobody
+  std::vector<Finding> findings_;
+  std::array<std::size_t, 3> counts_{};  // by kind
+  std::vector<std::uint32_t> owner_;     // by page; a position in names_
+  std::deque<std::string> names_;        // the first is nobody's; they stay where they are
+  std::uint32_t maps_ = kNobody;
+  Pieces pieces_;
   std::map<std::uint32_t, std::string> mapRows_;
 };
 
 }  // namespace
 
-std::vector<std::string> DatabaseImpl::Check() {
-  std::vector<std::string> faults;
-  Checker checker(pager_, faults);
+std::vector<Finding> DatabaseImpl::Check() {
+  Checker checker(pager_);
   checker.CheckGlobalMap();
   if (const auto missing = catalog_.MissingEngineTable())
-    faults.push_back("the catalog does not list the engine's table of page " + std::to_string(*missing));
+    checker.Fault("the catalog does not list the engine's table of page " + std::to_string(*missing));
   for (const CatalogObject& object : catalog_.Objects()) {
     if (!object.LocalTable()) continue;
     checker.Guard(ToUtf8(object.name), [&] {
@@ -307,7 +432,7 @@ std::vector<std::string> DatabaseImpl::Check() {
     });
   }
   checker.CheckAllPages();
-  return faults;
+  return checker.Take();
 }
 
 }  // namespace kestrelon::jet

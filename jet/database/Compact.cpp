@@ -12,9 +12,10 @@
 
 // Compaction: a new file from the definitions and rows of an old one. Page 0 is copied as it is, because the
 // security identifiers in the catalog are masked with a string that depends on it. Tables follow one another
-// in order of their object ids, rows in the order of the primary key where there is one. Numbers that change
-// are those of the definition pages, which are the tables' object ids (MSysObjects, MSysACEs, MSysQueries and
-// foreign keys name them), and those of columns after dropped ones.
+// in order of their object ids, rows in the order of the primary key where there is one. Indexes are made
+// from the rows: an old tree may be wrong, and is asked only for keys that we cannot make. Numbers that
+// change are those of the definition pages, which are the tables' object ids (MSysObjects, MSysACEs,
+// MSysQueries and foreign keys name them), and those of columns after dropped ones.
 
 namespace kestrelon::jet {
 namespace {
@@ -52,27 +53,24 @@ TableDef CopyDefinition(const TableInternal& source) {
   return def;
 }
 
-// An index of a table being copied: its entries are collected as the rows are laid down, unless a row has a
-// key that we cannot make; then all keys are taken from the old tree.
+// An index of a table being copied. Its entries are collected as the rows are laid down; the rows whose keys
+// we cannot make are noted, and their keys are taken from the old tree.
 struct IndexCopy {
   IndexCopy(const TableInternal& table, const RealIndex& index) : old(&index) {
     for (const KeyColumn& column : index.columns) {
       const auto position = table.PositionOf(column.number);
       if (!position) ThrowCorrupt("an index names a column that is not there", table.def.page);
       positions.push_back(*position);
-      keysKnown = keysKnown && KnowsKeysOf(table.stored[*position]);
-      mayLackKeys = mayLackKeys || !keysKnown || table.stored[*position].Text();
     }
     number = positions.size() == 1 && table.stored[positions.front()].Is(ColumnType::kLong);
-    if (keysKnown) entries.Reserve(table.LikelyRows(), 5 * positions.size());
   }
+  void Reserve(const TableInternal& table) { entries.Reserve(table.LikelyRows(), 5 * positions.size()); }
 
   const RealIndex* old;
   std::vector<std::size_t> positions;  // of its columns
   bool number = false;                 // of one kLong column
-  bool keysKnown = true;
-  bool mayLackKeys = false;
   IndexEntries entries;
+  std::vector<std::pair<RowId, RowId>> keyless;  // old place, new place
 };
 
 class TableCopy {
@@ -98,31 +96,25 @@ class TableCopy {
     }
     FindIdColumn();
     for (const RealIndex& index : source.def.indexes) indexes_.emplace_back(source, index);
-    keepsPlaces_ = std::any_of(indexes_.begin(), indexes_.end(),
-                               [](const IndexCopy& index) { return index.mayLackKeys; });
   }
 
   void Run() {
-    if (const RealIndex* primary = PrimaryKey()) {
-      const std::vector<RowId> order = RowsInOrderOf(*primary);
-      if (std::is_sorted(order.begin(), order.end())) {
-        CopyInPlace(&order);
-      } else {
-        CheckRows(order);
-        CopyRows(order, false);
-      }
+    std::vector<RowId> order;
+    if (const RealIndex* primary = PrimaryKey()) order = RowsInOrderOf(*primary);
+    for (IndexCopy& index : indexes_) index.Reserve(source_);
+    if (std::is_sorted(order.begin(), order.end())) {
+      CopyInPlace();
     } else {
-      CopyInPlace(nullptr);
+      CopyRows(order, false);
     }
     target_.SetCounts(count_, static_cast<std::uint32_t>(highestNumber_));
     for (std::size_t index = 0; index < indexes_.size(); ++index) {
-      IndexEntries entries = indexes_[index].keysKnown ? std::move(indexes_[index].entries)
-                                                       : EntriesOfOldTree(*indexes_[index].old);
-      entries.Sort();
-      if (!indexes_[index].keysKnown) CheckTakenKeys(indexes_[index], entries);
+      IndexCopy copy = std::move(indexes_[index]);
+      TakeKeysOfOldTree(copy);
+      copy.entries.Sort();
       RealIndex& built = target_.Internal().def.indexes[index];
-      if (built.Unique()) RefuseRepeatedKeys(built, entries);
-      BuildIndex(*target_.Internal().pager, target_.Internal().def.page, built, entries);
+      if (built.Unique()) RefuseRepeatedKeys(built, copy.entries);
+      BuildIndex(*target_.Internal().pager, target_.Internal().def.page, built, copy.entries);
       LetGo(true);
     }
     source_.pager->ReleaseClean();
@@ -151,30 +143,40 @@ class TableCopy {
     return nullptr;
   }
 
-  std::vector<RowId> RowsInOrderOf(const RealIndex& index) const {
-    std::vector<RowId> rows;
-    rows.reserve(source_.LikelyRows());
-    IndexWalk walk;
-    walk.entry = [&rows](std::span<const std::uint8_t>, RowId row) { rows.push_back(row); };
-    WalkIndex(*source_.pager, source_.def.page, index, walk);
-    return rows;
+  // All rows by their keys, as the rows give them; those without a key come last, as they lie.
+  std::vector<RowId> RowsInOrderOf(const RealIndex& index) {
+    IndexCopy copy(source_, index);
+    copy.Reserve(source_);
+    const auto isLong = [this](std::size_t position) { return source_.stored[position].LongValue(); };
+    if (std::any_of(copy.positions.begin(), copy.positions.end(), isLong)) source_.CheckSize();
+    std::vector<RowId> last;
+    ForEachPage([&](const std::vector<RowId>& rows) {
+      for (const RowId row : rows) {
+        const RowPlace place = FindRow(source_, row);
+        const RowView view(place.bytes, place.size, source_.HasVariableColumns(), place.page);
+        if (AddKeyIfReadable(copy, row, row, source_, view) == Key::kNone) last.push_back(row);
+      }
+    });
+    try {
+      TakeKeysOfOldTree(copy);
+    } catch (const CorruptFile&) {
+      for (const auto& [row, same] : copy.keyless) last.push_back(row);
+      std::sort(last.begin(), last.end());
+    }
+    copy.entries.Sort();
+    std::vector<RowId> order;
+    order.reserve(copy.entries.size() + last.size());
+    for (std::size_t i = 0; i < copy.entries.size(); ++i) {
+      const auto entry = copy.entries[i];
+      order.push_back(RowId{GetBig32(entry.data() + entry.size() - kRowPointer)});
+    }
+    order.insert(order.end(), last.begin(), last.end());
+    return order;
   }
 
-  // In any order.
-  void CheckRows(std::vector<RowId> rows) const {
-    std::vector<RowId> live;
-    for (Cursor cursor(source_); cursor.Next();) live.push_back(cursor.Row());
-    std::sort(rows.begin(), rows.end());
-    std::sort(live.begin(), live.end());
-    if (rows != live) ThrowMisfit();
-  }
-
-  [[noreturn]] void ThrowMisfit() const {
-    ThrowCorrupt("the primary key does not fit the rows", source_.def.page);
-  }
-
-  // Page by page, so that no more than a few are held. `order`: the rows that must be met; null for any.
-  void CopyInPlace(const std::vector<RowId>* order) {
+  // Page by page, so that no more than a few are held.
+  template <class Each>
+  void ForEachPage(Each&& each) {
     std::vector<RowId> rows;
     for (const std::uint32_t page : source_.rows.Pages()) {
       rows.clear();
@@ -184,14 +186,16 @@ class TableCopy {
         if (slot >= kMostSlots) ThrowCorrupt("too many rows on a page", page);
         rows.push_back(MakeRowId(page, slot));
       }
-      if (order != nullptr && (rows.size() > order->size() - count_ ||
-                               !std::equal(rows.begin(), rows.end(), order->begin() + count_))) {
-        ThrowMisfit();
-      }
-      if (!CopyPage(page)) CopyRows(rows, true);
+      each(rows);
       LetGo(true);
     }
-    if (order != nullptr && count_ != order->size()) ThrowMisfit();
+  }
+
+  void CopyInPlace() {
+    ForEachPage([this](const std::vector<RowId>& rows) {
+      if (rows.empty()) return;
+      if (!CopyPage(static_cast<std::uint32_t>(rows.front()) >> 8)) CopyRows(rows, true);
+    });
   }
 
   // `inPlace`: the rows follow one another in the source, whose pages need not be kept.
@@ -338,33 +342,41 @@ class TableCopy {
   // A row has its copy; `table` and `row`: either of the two, as the copy reads.
   void NoteRow(RowId old, RowId now, const TableInternal& table, const RowView& row) {
     ++count_;
-    if (keepsPlaces_) moved_.emplace_back(old, now);
     if (autoNumber_ && row.Has(table.stored[*autoNumber_].number)) {
       const auto number = row.Field(table.stored[*autoNumber_]);
       if (number.size() >= 4)
         highestNumber_ = std::max(highestNumber_, static_cast<std::int32_t>(Get32(number.data())));
     }
-    for (IndexCopy& index : indexes_) {
-      if (index.keysKnown) AddEntry(index, now, table, row);
-    }
+    for (IndexCopy& index : indexes_) AddKeyIfReadable(index, old, now, table, row);
   }
 
-  void AddEntry(IndexCopy& index, RowId now, const TableInternal& table, const RowView& row) {
+  enum class Key { kMade, kNone, kUnknown };  // kNone: a row that has no entry
+
+  Key AddKey(IndexCopy& index, RowId old, RowId now, const TableInternal& table, const RowView& row) {
     if (index.number && row.Has(table.stored[index.positions.front()].number)) {
       const auto number = row.Field(table.stored[index.positions.front()]);
       if (number.size() < 4) ThrowCorrupt("a value is cut off", source_.def.page);
       index.entries.Add(
           LongKey(static_cast<std::int32_t>(Get32(number.data())), index.old->columns[0].ascending), now);
-      return;
+      return Key::kMade;
     }
-    switch (MakeKey(index, table, row)) {
-      case Key::kMade: index.entries.Add(key_, now); break;
-      case Key::kNone: break;
-      case Key::kUnknown: index.keysKnown = false; index.entries = IndexEntries();
+    const Key key = MakeKey(index, table, row);
+    if (key == Key::kMade) index.entries.Add(key_, now);
+    if (key == Key::kUnknown) index.keyless.emplace_back(old, now);
+    return key;
+  }
+
+  // A row is copied as it is, though a value of it be damaged.
+  Key AddKeyIfReadable(IndexCopy& index, RowId old, RowId now, const TableInternal& table,
+                       const RowView& row) {
+    try {
+      return AddKey(index, old, now, table, row);
+    } catch (const CorruptFile&) {
+      index.keyless.emplace_back(old, now);
+      return Key::kUnknown;
     }
   }
 
-  enum class Key { kMade, kNone, kUnknown };  // kNone: a row that has no entry
   // Makes `key_` of a row.
   Key MakeKey(const IndexCopy& index, const TableInternal& table, const RowView& row) {
     key_.clear();
@@ -379,33 +391,27 @@ class TableCopy {
     return allNull && index.old->IgnoresNulls() ? Key::kNone : Key::kMade;
   }
 
-  // Takes the keys from the old index: exact, whatever its sort order is.
-  IndexEntries EntriesOfOldTree(const RealIndex& old) {
-    std::sort(moved_.begin(), moved_.end());
-    IndexEntries entries;
+  // For the rows whose keys we cannot make: exact, whatever the sort order is. What the tree says of other
+  // rows does not count. Throws CorruptFile, and adds nothing, unless it has one entry for each of them.
+  void TakeKeysOfOldTree(IndexCopy& index) {
+    std::vector<std::pair<RowId, RowId>>& rows = index.keyless;
+    if (rows.empty()) return;
+    std::sort(rows.begin(), rows.end());
+    IndexEntries taken;
+    std::vector<bool> found(rows.size());
     IndexWalk walk;
     walk.entry = [&](std::span<const std::uint8_t> key, RowId row) {
-      const auto found = std::lower_bound(moved_.begin(), moved_.end(), std::pair{row, RowId{}});
-      if (found == moved_.end() || found->first != row)
-        ThrowCorrupt("an index names a row that is not there", source_.def.page);
-      entries.Add(key, found->second);
+      const auto at = std::lower_bound(rows.begin(), rows.end(), std::pair{row, RowId{}});
+      if (at == rows.end() || at->first != row) return;
+      const auto position = static_cast<std::size_t>(at - rows.begin());
+      if (found[position]) ThrowCorrupt("an index has a row twice", source_.def.page);
+      found[position] = true;
+      taken.Add(key, at->second);
     };
-    WalkIndex(*source_.pager, source_.def.page, old, walk);
-    if (entries.size() > moved_.size() || (entries.size() < moved_.size() && !old.IgnoresNulls())) {
-      ThrowCorrupt("an index does not fit the rows", source_.def.page);
-    }
-    return entries;
-  }
-
-  // Where we can make a row's key, the old tree must have had the same: a damaged index is not handed on.
-  void CheckTakenKeys(const IndexCopy& index, const IndexEntries& entries) {
-    for (const auto& [old, now] : moved_) {
-      const RowPlace place = FindRow(source_, old);
-      const RowView row(place.bytes, place.size, source_.HasVariableColumns(), place.page);
-      if (MakeKey(index, source_, row) == Key::kMade && !entries.Contains(key_, now))
-        ThrowCorrupt("an index has another key for a row", source_.def.page);
-      LetGo(true);
-    }
+    WalkIndex(*source_.pager, source_.def.page, *index.old, walk);
+    if (taken.size() != rows.size()) ThrowCorrupt("an index lacks a row", source_.def.page);
+    for (std::size_t i = 0; i < taken.size(); ++i) index.entries.Add(taken[i]);
+    rows.clear();
   }
 
   const TableInternal& source_;
@@ -421,9 +427,7 @@ class TableCopy {
   std::uint32_t count_ = 0;
   std::uint64_t sharableBytes_ = 0;
   std::vector<IndexCopy> indexes_;  // as in the definition
-  bool keepsPlaces_ = false;
-  std::vector<std::pair<RowId, RowId>> moved_;  // old place, new place
-  EncodedRow row_;                              // scratch, like all that follows
+  EncodedRow row_;                  // scratch, like all that follows
   std::vector<RowView> views_;
   std::vector<Field> fields_;
   std::vector<std::uint8_t> buffer_;

@@ -33,6 +33,18 @@ struct NewTable {
 // bytes.
 void CreateDatabase(File& file, std::span<const NewTable> tables, double created);
 
+// Something that the integrity walk found.
+struct Finding {
+  enum class Kind {
+    kDamage,  // content is lost or unreadable, or pages are claimed in ways that make changes dangerous
+    kIndex,   // an index does not fit its rows; those are whole, and a packed copy has the index made anew
+    kWaste,   // room that nothing refers to, as real files have some; harmless
+  };
+  Kind kind = Kind::kDamage;
+  std::string text;
+  bool operator==(const Finding&) const = default;
+};
+
 // An open database file: the page cache, the catalog and the tables. All changes stay in memory until
 // Flush().
 class Database {
@@ -74,9 +86,10 @@ class Database {
   virtual void CompactInto(File& destination) = 0;
 
   // The integrity walk: every page owned exactly once, maps, free-space fields, row counts, rows decodable,
-  // long values owned once, indexes ordered, complete and consistent with the rows. Returns one line per
-  // fault; empty when sound. Never throws for damaged content.
-  virtual std::vector<std::string> Check() = 0;
+  // long values owned once, indexes ordered, complete and consistent with the rows. Returns up to a
+  // thousand findings of each kind; none when sound. Never throws for damaged content. Costs little more than
+  // reading all rows.
+  virtual std::vector<Finding> Check() = 0;
 };
 
 }  // namespace kestrelon::jet

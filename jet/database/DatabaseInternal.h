@@ -90,7 +90,7 @@ class DatabaseImpl final : public Database {
   std::unique_ptr<File> DetachFile() override { return pager_.DetachFile(); }
   void AttachFile(std::unique_ptr<File> file) override { pager_.AttachFile(std::move(file)); }
   void CompactInto(File& destination) override;
-  std::vector<std::string> Check() override;
+  std::vector<Finding> Check() override;
 
   Pager& Pages() { return pager_; }
   Catalog& Objects() { return catalog_; }

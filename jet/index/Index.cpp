@@ -241,14 +241,9 @@ void IndexEntries::Add(std::span<const std::uint8_t> key, RowId row) {
   PutBig32(bytes_.data() + offset + key.size(), static_cast<std::uint32_t>(row));
 }
 
-bool IndexEntries::Contains(const std::string& key, RowId row) const {
-  std::vector<std::uint8_t> entry(key.begin(), key.end());
-  entry.resize(key.size() + kRowPointer);
-  PutBig32(entry.data() + key.size(), static_cast<std::uint32_t>(row));
-  const auto found =
-      std::lower_bound(places_.begin(), places_.end(), std::span<const std::uint8_t>(entry),
-                       [this](const Place& a, std::span<const std::uint8_t> b) { return Less(At(a), b); });
-  return found != places_.end() && std::ranges::equal(At(*found), entry);
+void IndexEntries::Add(std::span<const std::uint8_t> entry) {
+  places_.push_back({static_cast<std::uint32_t>(bytes_.size()), static_cast<std::uint16_t>(entry.size())});
+  bytes_.insert(bytes_.end(), entry.begin(), entry.end());
 }
 
 void IndexEntries::Sort() {

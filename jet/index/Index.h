@@ -31,12 +31,12 @@ class IndexEntries {
   void Add(const std::string& key, RowId row) {
     Add({reinterpret_cast<const std::uint8_t*>(key.data()), key.size()}, row);
   }
+  // An entry as operator[] gives it, of other entries than these.
+  void Add(std::span<const std::uint8_t> entry);
   void Sort();
   std::size_t size() const { return places_.size(); }
   // How many keys differ; once sorted.
   std::size_t Distinct() const { return distinct_; }
-  // Once sorted.
-  bool Contains(const std::string& key, RowId row) const;
   // Key, then page (24 bits, big-endian) and slot.
   std::span<const std::uint8_t> operator[](std::size_t i) const { return At(places_[i]); }
 

@@ -120,7 +120,7 @@ class Pager {
   enum : std::uint8_t { kDirty = 1, kNew = 2, kChecked = 4, kFreed = 16 };
 
   struct State {
-    std::uint32_t epoch = 0;
+    std::uint64_t epoch = 0;
     std::uint32_t openFor = 0;
     std::uint8_t flags = 0;
   };
@@ -173,7 +173,8 @@ class Pager {
   bool unfinished_ = false;  // the file may be marked
   bool overlong_ = false;    // there may be pages behind those on disk that its map does not reach
 
-  std::uint32_t epoch_ = 1;
+  std::uint64_t epoch_ =
+      1;  // counts transactions; of 32 bits it would come round, and a page would pass for kept
   bool inTransaction_ = false;
   std::vector<Before> before_;
   std::vector<std::unique_ptr<Image>> spareImages_;

@@ -173,8 +173,12 @@ bool RowEncoder::TryEncode(std::span<const Field> fields, std::size_t mostInline
     } else if (column.Is(ColumnType::kText)) {
       const std::u16string& text = As<std::u16string>(*field.value);
       if (text.size() > column.length / 2u) ThrowTooLong();
-      if (end + EncodedTextBound(text) > sizeof out.bytes) return false;
-      end += EncodeText(text, (column.moreFlags & StoredColumn::kCompressed) != 0, row + end);
+      const bool mayCompress = (column.moreFlags & StoredColumn::kCompressed) != 0;
+      if (end + EncodedTextBound(text) > sizeof out.bytes &&
+          end + EncodedTextSize(text, mayCompress) > limit) {
+        return false;
+      }
+      end += EncodeText(text, mayCompress, row + end);
       if (end > limit) return false;
     } else if (column.Is(ColumnType::kBinary)) {
       const Bytes& bytes = As<Bytes>(*field.value);
@@ -183,8 +187,11 @@ bool RowEncoder::TryEncode(std::span<const Field> fields, std::size_t mostInline
       if (!bytes.empty()) std::memcpy(row + end, bytes.data(), bytes.size());
       end += bytes.size();
     } else {
-      if (end + kNumericBytes > limit) return false;
-      end += PutScalar(column, *field.value, row + end);
+      std::uint8_t scalar[kNumericBytes];
+      const std::size_t size = PutScalar(column, *field.value, scalar);
+      if (end + size > limit) return false;
+      std::memcpy(row + end, scalar, size);
+      end += size;
     }
   }
   if (!variable_.empty()) {

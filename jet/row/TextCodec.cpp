@@ -19,6 +19,15 @@ bool IsSingleByte(std::u16string_view text) {
   return all < 0x100;
 }
 
+bool Compresses(std::u16string_view text) {
+  return text.size() >= kLeastCompressed && text.size() <= kMostCompressed && IsSingleByte(text);
+}
+
+std::u16string_view WithoutMark(std::u16string_view text) {
+  if (!text.empty() && text.front() == kByteOrderMark) text.remove_prefix(1);
+  return text;
+}
+
 void Widen(const std::uint8_t* from, std::size_t count, char16_t* to) {
   for (std::size_t i = 0; i < count; ++i) to[i] = from[i];
 }
@@ -41,10 +50,15 @@ void DecodeSwitching(std::span<const std::uint8_t> stored, std::u16string& text,
 
 }  // namespace
 
+std::size_t EncodedTextSize(std::u16string_view text, bool mayCompress) {
+  text = WithoutMark(text);
+  return mayCompress && Compresses(text) ? text.size() + 2 : 2 * text.size();
+}
+
 std::size_t EncodeText(std::u16string_view text, bool mayCompress, std::uint8_t* out) {
-  if (!text.empty() && text.front() == kByteOrderMark) text.remove_prefix(1);
+  text = WithoutMark(text);
   const std::size_t size = text.size();
-  if (mayCompress && size >= kLeastCompressed && size <= kMostCompressed && IsSingleByte(text)) {
+  if (mayCompress && Compresses(text)) {
     out[0] = 0xFF;
     out[1] = 0xFE;
     for (std::size_t i = 0; i < size; ++i) out[2 + i] = static_cast<std::uint8_t>(text[i]);

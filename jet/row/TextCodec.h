@@ -18,7 +18,9 @@ namespace kestrelon::jet {
 
 // Bytes that EncodeText() may need at most.
 inline std::size_t EncodedTextBound(std::u16string_view text) { return 2 * text.size(); }
-// Writes the stored form and returns its size. `out` has room for EncodedTextBound(text) bytes.
+// Bytes that EncodeText() needs.
+std::size_t EncodedTextSize(std::u16string_view text, bool mayCompress);
+// Writes the stored form and returns its size. `out` has room for EncodedTextSize(text, mayCompress) bytes.
 std::size_t EncodeText(std::u16string_view text, bool mayCompress, std::uint8_t* out);
 // Appends to `text`. Throws CorruptFile (naming `page`) when a two-byte character is cut in half.
 void AppendDecoded(std::span<const std::uint8_t> stored, std::u16string& text, std::uint32_t page);

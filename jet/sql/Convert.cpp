@@ -25,6 +25,15 @@ std::u16string FromAscii(std::string_view text) { return {text.begin(), text.end
   throw Error(code::kTypeMismatch, u"Data type mismatch in criteria expression.");
 }
 
+[[noreturn]] void OutOfRange() {
+  throw Error(code::kTypeMismatch, u"The number or date lies outside the range of its column.");
+}
+
+// The largest single is half a step below this: from here on a number is stored as infinity.
+constexpr double kSinglesEnd = 0x1.ffffffp127;
+// Dates run from 0100-01-01 to the end of 9999-12-31. Before day 0 the time of the day is taken off the day.
+constexpr double kDayBeforeDates = -657435, kDayAfterDates = 2958466;
+
 // Days since 1970-01-01 of a day of the Gregorian calendar (the usual era arithmetic), and back.
 std::int64_t DaysFromCivil(std::int64_t year, unsigned month, unsigned day) {
   year -= month <= 2;
@@ -185,7 +194,7 @@ double NumberOf(const Value& value) {
 std::int32_t WholeNumber(const Value& value, double lowest, double highest) {
   // Halves go to the even neighbour, as in every conversion of this kind.
   const double number = std::nearbyint(NumberOf(value));
-  if (!(number >= lowest && number <= highest)) Mismatch();
+  if (!(number >= lowest && number <= highest)) OutOfRange();
   return static_cast<std::int32_t>(number);
 }
 
@@ -272,21 +281,26 @@ void ConvertTo(ColumnType type, Value& value, bool isDate) {
     case ColumnType::kCurrency: {
       if (std::holds_alternative<std::int64_t>(value)) return;
       const double amount = std::nearbyint(NumberOf(value) * 10000);
-      if (!(std::abs(amount) < 9.2e18)) Mismatch();
+      if (!(std::abs(amount) < 9.2e18)) OutOfRange();
       value = static_cast<std::int64_t>(amount);
       return;
     }
     case ColumnType::kSingle:
-    case ColumnType::kDouble: value = NumberOf(value); return;
-    case ColumnType::kDate:
-      if (const auto* text = std::get_if<std::u16string>(&value)) {
-        if (const std::optional<double> date = ParseDate(*text)) {
-          value = *date;
-          return;
-        }
-      }
-      value = NumberOf(value);
+    case ColumnType::kDouble: {
+      const double number = NumberOf(value);
+      if (!std::isfinite(number)) OutOfRange();
+      if (type == ColumnType::kSingle && std::abs(number) >= kSinglesEnd) OutOfRange();
+      value = number;
       return;
+    }
+    case ColumnType::kDate: {
+      const auto* text = std::get_if<std::u16string>(&value);
+      const std::optional<double> parsed = text != nullptr ? ParseDate(*text) : std::nullopt;
+      const double date = parsed ? *parsed : NumberOf(value);
+      if (!(date > kDayBeforeDates && date < kDayAfterDates)) OutOfRange();
+      value = date;
+      return;
+    }
     case ColumnType::kBinary:
     case ColumnType::kOle:
     case ColumnType::kGuid:

@@ -21,8 +21,8 @@ std::optional<double> ParseDate(std::u16string_view text);
 std::u16string ToText(const Value& value, ColumnType type);
 
 // Turns a value into one that a column of this type stores: numbers and texts into each other, numbers into
-// booleans and dates. Throws Error (code::kTypeMismatch) where that is not possible. NULL stays NULL, but for
-// booleans, which have none: it becomes false.
+// booleans and dates. Throws Error (code::kTypeMismatch) where that is not possible, also because a number or
+// date lies outside the type's range. NULL stays NULL, but for booleans, which have none: it becomes false.
 void ConvertTo(ColumnType type, Value& value, bool isDate = false);
 
 }  // namespace kestrelon::jet::sql

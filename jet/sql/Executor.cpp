@@ -109,6 +109,15 @@ Executor::OpenedTable& Executor::OpenForWriting(std::u16string_view name) {
   return opened;
 }
 
+std::shared_ptr<Deletions> Executor::NoteDeletions() {
+  std::shared_ptr<Deletions> deletions = deletions_.lock();
+  if (!deletions) {
+    deletions = std::make_shared<Deletions>();
+    deletions_ = deletions;
+  }
+  return deletions;
+}
+
 Table& Executor::FindTable(std::u16string_view name) { return *Open(name).table; }
 
 std::size_t Executor::Execute(std::u16string_view sql) {
@@ -147,7 +156,7 @@ std::size_t Executor::InsertValues(Statement& statement) {
   }
   Transaction transaction(*this);
   const RowId added = opened.table->Insert(*row);
-  if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added, *row);
+  if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added);
   transaction.Keep();
   return 1;
 }
@@ -156,7 +165,7 @@ RowId Executor::Append(std::u16string_view name, std::span<const Value> values) 
   OpenedTable& opened = OpenForWriting(name);
   Transaction transaction(*this);
   const RowId added = opened.table->Insert(values);
-  if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added, values);
+  if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added);
   transaction.Keep();
   return added;
 }
@@ -192,7 +201,7 @@ std::size_t Executor::InsertSelect(Statement& statement) {
       }
     }
     const RowId added = opened.table->Insert(row_);
-    if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added, row_);
+    if (opened.lookups->Any()) opened.lookups->Inserted(*opened.table, added);
   }
   transaction.Keep();
   return source.rows.size();
@@ -247,7 +256,7 @@ std::size_t Executor::Update(Statement& statement) {
     }
     if (opened.lookups->Any()) opened.lookups->Remember(cursor, old);
     table.Update(row, changes);
-    if (opened.lookups->Any()) opened.lookups->Updated(table, row, changes, old);
+    if (opened.lookups->Any()) opened.lookups->Updated(table, row, targets, old);
   }
   transaction.Keep();
   return rows.size();
@@ -263,6 +272,7 @@ std::size_t Executor::Delete(Statement& statement) {
     table.DeleteAll();
     opened.lookups->Clear();
     transaction.Keep();
+    if (const auto deletions = deletions_.lock()) deletions->NoteAll(table.Name(), changes_);
     return count;
   }
   Bind(statement, table);
@@ -281,6 +291,7 @@ std::size_t Executor::Delete(Statement& statement) {
     if (opened.lookups->Any()) opened.lookups->Deleted(row, old);
   }
   transaction.Keep();
+  if (const auto deletions = deletions_.lock()) deletions->Note(table.Name(), rows, changes_);
   return rows.size();
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "jet/database/Database.h"
 #include "jet/database/Table.h"
+#include "jet/sql/Deletions.h"
 #include "jet/sql/Lookups.h"
 #include "jet/sql/Statement.h"
 
@@ -40,6 +42,8 @@ class Executor {
   Table& FindTable(std::u16string_view name);
   // Counts the statements that changed something, and those taken back.
   std::uint64_t Changes() const { return changes_; }
+  // From now on, for as long as anybody holds the result, it is told of every row that is deleted.
+  std::shared_ptr<Deletions> NoteDeletions();
 
  private:
   struct OpenedTable {
@@ -63,6 +67,7 @@ class Executor {
   std::vector<Value> row_;           // the same
   std::vector<OpenedTable> opened_;  // a few spellings of a few names
   std::map<Table*, Lookups> lookups_;
+  std::weak_ptr<Deletions> deletions_;
   std::uint64_t changes_ = 0;
 };
 

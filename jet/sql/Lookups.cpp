@@ -156,19 +156,15 @@ std::vector<RowId> Lookups::Find(const Table& table, std::size_t column, const V
   return rows;
 }
 
-void Lookups::Inserted(const Table& table, RowId row, std::span<const Value> values) {
-  for (Built& built : built_) {
-    if (table.Columns()[built.column].autoNumber) {
-      // The table may have drawn the number.
-      Cursor inserted = table.Rows();
-      inserted.MoveTo(row);
-      Value number;
-      inserted.Read(built.column, number);
-      built.lookup.Add(table, row, number);
-    } else if (!IsNull(values[built.column])) {
-      built.lookup.Add(table, row, values[built.column]);
-    }
-  }
+void Lookups::AddStored(Built& built, const Table& table, RowId row) {
+  Cursor cursor = table.Rows();
+  cursor.MoveTo(row);
+  cursor.Read(built.column, stored_);
+  if (!IsNull(stored_)) built.lookup.Add(table, row, stored_);
+}
+
+void Lookups::Inserted(const Table& table, RowId row) {
+  for (Built& built : built_) AddStored(built, table, row);
 }
 
 void Lookups::Remember(const Cursor& row, Old& old) const {
@@ -189,14 +185,11 @@ void Lookups::Deleted(RowId row, const Old& old) {
   }
 }
 
-void Lookups::Updated(const Table& table, RowId row, std::span<const std::pair<std::size_t, Value>> changes,
-                      const Old& old) {
+void Lookups::Updated(const Table& table, RowId row, std::span<const std::size_t> columns, const Old& old) {
   for (std::size_t i = 0; i < built_.size(); ++i) {
-    for (const auto& [column, value] : changes) {
-      if (column != built_[i].column) continue;
-      if (old.present[i]) built_[i].lookup.Remove(row, old.hashes[i]);
-      if (!IsNull(value)) built_[i].lookup.Add(table, row, value);
-    }
+    if (std::find(columns.begin(), columns.end(), built_[i].column) == columns.end()) continue;
+    if (old.present[i]) built_[i].lookup.Remove(row, old.hashes[i]);
+    AddStored(built_[i], table, row);
   }
 }
 

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <utility>
 #include <vector>
 
 #include "jet/database/Table.h"
@@ -63,8 +62,9 @@ class Lookups {
   std::vector<RowId> Find(const Table& table, std::size_t column, const Value& value);
 
   bool Any() const { return !built_.empty(); }
-  // After the row was added with these values.
-  void Inserted(const Table& table, RowId row, std::span<const Value> values);
+  // After the row was added. What it holds is read from it: values may be stored otherwise than they were
+  // given.
+  void Inserted(const Table& table, RowId row);
 
   // Hashes of a row's values in the columns that have a lookup; taken before the row is deleted or changed.
   struct Old {
@@ -73,9 +73,8 @@ class Lookups {
   };
   void Remember(const Cursor& row, Old& old) const;
   void Deleted(RowId row, const Old& old);
-  // After the changes were made.
-  void Updated(const Table& table, RowId row, std::span<const std::pair<std::size_t, Value>> changes,
-               const Old& old);
+  // After the changes to these columns were made.
+  void Updated(const Table& table, RowId row, std::span<const std::size_t> columns, const Old& old);
   void Clear() { built_.clear(); }
 
  private:
@@ -83,7 +82,10 @@ class Lookups {
     std::size_t column;
     Lookup lookup;
   };
+  void AddStored(Built& built, const Table& table, RowId row);
+
   std::vector<Built> built_;
+  Value stored_;  // kept for its memory
 };
 
 }  // namespace kestrelon::jet::sql

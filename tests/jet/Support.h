@@ -60,6 +60,15 @@ struct Fixture {
   Rows model;
 };
 
+// Lets the messages of failed expectations be read.
+inline void PrintTo(const Finding& finding, std::ostream* out) { *out << finding.text; }
+
+// A finding of a kind whose text holds `part`.
+inline auto IsFinding(Finding::Kind kind, const std::string& part) {
+  return testing::AllOf(testing::Field(&Finding::kind, kind),
+                        testing::Field(&Finding::text, testing::HasSubstr(part)));
+}
+
 // A folder of the test's own, removed at its end.
 class ScopedFolder {
  public:

@@ -113,7 +113,7 @@ inline Content ContentOf(const std::wstring& path) {
   return content;
 }
 
-inline std::vector<std::string> FaultsOf(const std::wstring& path) {
+inline std::vector<jet::Finding> FaultsOf(const std::wstring& path) {
   return jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path))->Check();
 }
 

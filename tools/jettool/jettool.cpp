@@ -28,8 +28,9 @@ constexpr const char* kUsage =
     "usage: jettool tables FILE         names of the tables\n"
     "       jettool schema FILE         columns of every table\n"
     "       jettool dump [TABLE] FILE   rows as CSV, of one table or of all\n"
-    "       jettool check FILE          integrity walk; a line for each fault, exit code 1 if there are "
-    "any\n";
+    "       jettool check FILE          integrity walk; a line for each finding: damage, an index that "
+    "does not\n"
+    "                                   fit, waste; exit code 1 unless all of it is waste\n";
 
 void Print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 void Print(std::u16string_view text) { Print(jet::ToUtf8(text)); }
@@ -110,9 +111,17 @@ void PrintAllRows(jet::Database& database) {
 }
 
 int Check(jet::Database& database) {
-  const std::vector<std::string> faults = database.Check();
-  for (const std::string& fault : faults) Print(fault + "\n");
-  return faults.empty() ? 0 : kFaults;
+  int exitCode = 0;
+  for (const jet::Finding& finding : database.Check()) {
+    switch (finding.kind) {
+      case jet::Finding::Kind::kDamage: Print("damage: "); break;
+      case jet::Finding::Kind::kIndex: Print("index: "); break;
+      case jet::Finding::Kind::kWaste: Print("waste: "); break;
+    }
+    Print(finding.text + "\n");
+    if (finding.kind != jet::Finding::Kind::kWaste) exitCode = kFaults;
+  }
+  return exitCode;
 }
 
 int Run(const std::vector<std::filesystem::path>& arguments) {

@@ -1,6 +1,10 @@
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <fstream>
+#include <functional>
+#include <vector>
 
 #ifdef __linux__
 #include <sys/resource.h>
@@ -8,6 +12,7 @@
 
 #include "jet/base/File.h"
 #include "tests/jet/Support.h"
+#include "tests/jet/Waits.h"
 
 namespace kestrelon::jet {
 namespace {
@@ -63,6 +68,7 @@ TEST(DiskFile, SaysWhenItIsMissing) {
 }
 
 TEST(DiskFile, IsForOneWriterAlone) {
+  const Waits waits;
   const ScopedFolder folder;
   const auto path = folder / "new.dat";
   auto file = OpenFile(path, OpenMode::kCreate);
@@ -72,6 +78,105 @@ TEST(DiskFile, IsForOneWriterAlone) {
   file = OpenFile(path, OpenMode::kRead);
   EXPECT_NO_THROW(OpenFile(path, OpenMode::kRead));
   EXPECT_THAT(MessageOf(path, OpenMode::kReadWrite), HasSubstr("; file already in use."));
+}
+
+TEST(DiskFile, IsWaitedForWhileAnotherProgramHoldsIt) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  auto held = OpenFile(path, OpenMode::kCreate);
+  int left = 3;
+  const Waits waits([&] {
+    if (--left == 0) held.reset();
+  });
+  EXPECT_NO_THROW(OpenFile(path, OpenMode::kReadWrite));
+  EXPECT_EQ(waits.count, 3);
+}
+
+TEST(DiskFile, IsWaitedForNoLongerThanASecond) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  const auto held = OpenFile(path, OpenMode::kCreate);
+  const Waits waits;
+  EXPECT_THAT(MessageOf(path, OpenMode::kReadWrite), HasSubstr("; file already in use."));
+  EXPECT_EQ(waits.total, std::chrono::milliseconds(1000));
+}
+
+TEST(DiskFile, IsNotWaitedForWhereWaitingDoesNotHelp) {
+  const ScopedFolder folder;
+  const Waits waits;
+  EXPECT_THROW(OpenFile(folder / "none.dat", OpenMode::kReadWrite), Error);
+  EXPECT_THROW(OpenFile(folder / "none", OpenMode::kRead), Error);
+  OpenFile(folder / "new.dat", OpenMode::kCreate);
+  EXPECT_THROW(OpenFile(folder / "new.dat", OpenMode::kCreate), Error);
+  EXPECT_EQ(waits.count, 0);
+}
+
+// An opening that ends in the given ways, then with success; every mode that was asked for.
+struct Attempts {
+  Outcome operator()(OpenMode mode) {
+    modes.push_back(mode);
+    if (next < ends.size()) return ends[next++];
+    return Outcome::kDone;
+  }
+  std::vector<Outcome> ends;
+  std::size_t next = 0;
+  std::vector<OpenMode> modes = {};
+};
+
+TEST(OpenPatiently, TriesAgainWhileTheFileIsHeldOrDenied) {
+  const Waits waits;
+  Attempts attempts{{Outcome::kHeld, Outcome::kDenied, Outcome::kHeld}};
+  OpenMode mode = OpenMode::kReadWrite;
+  EXPECT_EQ(OpenPatiently(mode, std::ref(attempts)), Outcome::kDone);
+  EXPECT_EQ(mode, OpenMode::kReadWrite);
+  EXPECT_EQ(attempts.modes.size(), 4u);
+  EXPECT_EQ(waits.count, 3);
+}
+
+TEST(OpenPatiently, OpensAReadOnlyFileForReadingAtOnce) {
+  const Waits waits;
+  Attempts attempts{{Outcome::kReadOnly}};
+  OpenMode mode = OpenMode::kReadWrite;
+  EXPECT_EQ(OpenPatiently(mode, std::ref(attempts)), Outcome::kDone);
+  EXPECT_EQ(mode, OpenMode::kRead);
+  EXPECT_THAT(attempts.modes, ElementsAre(OpenMode::kReadWrite, OpenMode::kRead));
+  EXPECT_EQ(waits.count, 0);
+}
+
+TEST(OpenPatiently, OpensAFileThatStaysDeniedForReadingAfterTheLastWait) {
+  const Waits waits;
+  Attempts attempts{std::vector<Outcome>(9, Outcome::kDenied)};
+  OpenMode mode = OpenMode::kReadWrite;
+  EXPECT_EQ(OpenPatiently(mode, std::ref(attempts)), Outcome::kDone);
+  EXPECT_EQ(mode, OpenMode::kRead);
+  EXPECT_EQ(attempts.modes.size(), 10u);
+  EXPECT_EQ(waits.total, std::chrono::milliseconds(1000));
+}
+
+TEST(OpenPatiently, GivesUpOnAFileThatStaysHeldAndOpensItInNoOtherWay) {
+  const Waits waits;
+  Attempts attempts{std::vector<Outcome>(20, Outcome::kHeld)};
+  OpenMode mode = OpenMode::kReadWrite;
+  EXPECT_EQ(OpenPatiently(mode, std::ref(attempts)), Outcome::kHeld);
+  EXPECT_THAT(attempts.modes, testing::Each(OpenMode::kReadWrite));
+}
+
+TEST(WithPatience, WaitsLongerAndLonger) {
+  std::vector<std::chrono::milliseconds> times;
+  const Wait before = ExchangeWait([&times](std::chrono::milliseconds time) { times.push_back(time); });
+  EXPECT_EQ(WithPatience([] { return Outcome::kHeld; }), Outcome::kHeld);
+  ExchangeWait(before);
+  EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+  EXPECT_LE(times.front(), std::chrono::milliseconds(10));
+}
+
+TEST(RemoveFile, RemovesWhatIsThere) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  OpenFile(path, OpenMode::kCreate);
+  EXPECT_TRUE(RemoveFile(path));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_TRUE(RemoveFile(path));
 }
 
 TEST(DiskFile, SaysThatItIsReadOnlyWhenWrittenTo) {
@@ -147,6 +252,45 @@ TEST(FileStamp, ChangesWithTheFile) {
   OpenFile(path, OpenMode::kReadWrite)->WriteAt(3, kAbc);
   EXPECT_NE(stamp, StampOf(path));
   EXPECT_THROW(StampOf(folder / "none.dat"), Error);
+}
+
+TEST(FileStamp, OfAnOpenFileHoldsOnceItIsClosed) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  auto file = OpenFile(path, OpenMode::kCreate);
+  file->WriteAt(0, kAbc);
+  file->Flush();
+  const auto stamp = file->Stamp();
+  file.reset();
+  EXPECT_EQ(stamp, StampOf(path));
+  EXPECT_EQ(OpenFile(path, OpenMode::kReadWrite)->Stamp(), stamp);
+}
+
+// The clock by which the system stamps writes stands still for some milliseconds.
+TEST(FileStamp, ChangesWithAWriteOfTheSameSizeThatFollowsAtOnce) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat";
+  OpenFile(path, OpenMode::kCreate);
+  for (int i = 0; i < 100; ++i) {
+    std::optional<FileStamp> stamp;
+    {
+      const auto file = OpenFile(path, OpenMode::kReadWrite);
+      file->WriteAt(0, kAbc);
+      stamp = file->Stamp();
+    }
+    std::ofstream(path, std::ios::binary | std::ios::in) << "xyz";
+    ASSERT_NE(stamp, StampOf(path)) << i;
+  }
+}
+
+TEST(FileStamp, IsAnotherForAFileThatTookTheName) {
+  const ScopedFolder folder;
+  const auto path = folder / "new.dat", other = folder / "other.dat";
+  for (const auto& each : {path, other}) OpenFile(each, OpenMode::kCreate)->WriteAt(0, kAbc);
+  std::filesystem::last_write_time(other, std::filesystem::last_write_time(path));
+  const FileStamp stamp = StampOf(path);
+  std::filesystem::rename(other, path);
+  EXPECT_NE(stamp, StampOf(path));
 }
 
 // For other generations and encoded files see RefusedFilesTest.cpp.

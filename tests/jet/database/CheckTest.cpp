@@ -7,7 +7,12 @@ namespace kestrelon::jet {
 namespace {
 
 using testing::Contains;
+using testing::Each;
+using testing::Field;
 using testing::HasSubstr;
+
+constexpr auto kDamage = Finding::Kind::kDamage, kIndex = Finding::Kind::kIndex,
+               kWaste = Finding::Kind::kWaste;
 
 // A file with one fault, made by hand.
 struct Faulty {
@@ -25,7 +30,7 @@ struct Faulty {
     }
   }
   std::uint8_t* Page(std::uint32_t page) { return fixture.bytes->data() + page * kPageSize; }
-  std::vector<std::string> Check() { return OpenInMemory(fixture.bytes)->Check(); }
+  std::vector<Finding> Check() { return OpenInMemory(fixture.bytes)->Check(); }
 
   Fixture fixture;
   RowId last{};
@@ -37,21 +42,21 @@ TEST(Check, FindsNothingInASoundFile) { EXPECT_THAT(Faulty().Check(), testing::I
 TEST(Check, FindsAWrongRowCount) {
   Faulty file;
   Put32(file.Page(file.itemsDefinition) + 16, 21);
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("the definition says 21 rows, the pages hold 20")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kDamage, "the definition says 21 rows, the pages hold 20")));
 }
 
 TEST(Check, FindsAWrongFreeSpaceField) {
   Faulty file;
   std::uint8_t* page = file.Page(static_cast<std::uint32_t>(file.last) >> 8);
   Put16(page + 2, Get16(page + 2) + 1u);
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("the free-space field says")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kDamage, "the free-space field says")));
 }
 
 TEST(Check, FindsALongValueThatBelongsToNoRow) {
   Faulty file;
   std::uint8_t* page = file.Page(static_cast<std::uint32_t>(file.last) >> 8);
   for (std::size_t slot = 0; slot < data_page::SlotCount(page); ++slot) data_page::Delete(page, slot);
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("a long value belongs to no row")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kWaste, "a long value belongs to no row")));
 }
 
 TEST(Check, FindsABrokenTextAndStillTheLongValuesOfItsRow) {
@@ -66,19 +71,19 @@ TEST(Check, FindsABrokenTextAndStillTheLongValuesOfItsRow) {
   std::uint8_t* place = end - 1 - 2 - 4 * 2;
   Put16(place, Get16(place) - 1u);
   EXPECT_THAT(file.Check(), testing::AllOf(testing::Not(testing::IsEmpty()),
-                                           testing::Each(HasSubstr("a text ends within a character"))));
+                                           Each(IsFinding(kDamage, "a text ends within a character"))));
 }
 
 TEST(Check, FindsALostLongValue) {
   Faulty file;
   data_page::Delete(file.Page(file.longValues), 0);
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("a long value has lost a piece")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kDamage, "a long value has lost a piece")));
 }
 
 TEST(Check, FindsIndexEntriesOutOfOrder) {
   Faulty file;
   file.Page(file.leaf)[480] ^= 0x80;
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("TreeviewTable")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kIndex, "TreeviewTable")));
 }
 
 TEST(Check, FindsARowThatItsIndexLacks) {
@@ -88,7 +93,7 @@ TEST(Check, FindsARowThatItsIndexLacks) {
   std::uint8_t* bytes = file.Page(page);
   const std::size_t slot = data_page::Append(bytes, 20, 0);
   std::copy_n(bytes + data_page::Start(bytes, 0), 20, bytes + data_page::Start(bytes, slot));
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("an index lacks a row")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kIndex, "an index lacks a row")));
 }
 
 // Gives the catalog's row of a table another object's number.
@@ -109,7 +114,8 @@ TEST(Check, FindsACatalogThatDoesNotListItselfOrAnotherOfTheEnginesTables) {
     Faulty file;
     Unlist(file, table);
     EXPECT_THAT(file.Check(),
-                Contains("the catalog does not list the engine's table of page " + std::to_string(table)));
+                Contains(IsFinding(kDamage, "the catalog does not list the engine's table of page " +
+                                                std::to_string(table))));
     EXPECT_THROW(OpenInMemory(file.fixture.bytes)
                      ->CompactInto(*OpenMemoryFile(std::make_shared<std::vector<std::uint8_t>>())),
                  CorruptFile);
@@ -118,7 +124,7 @@ TEST(Check, FindsACatalogThatDoesNotListItselfOrAnotherOfTheEnginesTables) {
 
 TEST(Check, FindsATableWithoutAName) {
   Fixture fixture(std::vector<NewTable>{{u"", {{u"Word", ColumnType::kText, 10, false}}, u""}});
-  EXPECT_THAT(fixture.database->Check(), testing::ElementsAre(HasSubstr("a table has no name")));
+  EXPECT_THAT(fixture.database->Check(), testing::ElementsAre(IsFinding(kDamage, "a table has no name")));
 }
 
 TEST(Check, FindsAPageThatIsFreeAndOwned) {
@@ -126,7 +132,7 @@ TEST(Check, FindsAPageThatIsFreeAndOwned) {
   std::uint8_t* map = file.Page(Pager::kGlobalMapPage);
   const std::uint32_t page = static_cast<std::uint32_t>(file.last) >> 8;
   map[data_page::Start(map, 0) + 5 + page / 8] |= static_cast<std::uint8_t>(1u << page % 8);
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("is free but belongs to FTable")));
+  EXPECT_THAT(file.Check(), Contains(IsFinding(kDamage, "is free but belongs to FTable")));
 }
 
 TEST(Check, FindsAPageThatIsNeitherFreeNorOwned) {
@@ -135,7 +141,21 @@ TEST(Check, FindsAPageThatIsNeitherFreeNorOwned) {
   file.fixture.bytes->resize((page + 1) * kPageSize);
   std::uint8_t* map = file.Page(Pager::kGlobalMapPage);
   map[data_page::Start(map, 0) + 5 + page / 8] &= static_cast<std::uint8_t>(~(1u << page % 8));
-  EXPECT_THAT(file.Check(), Contains(HasSubstr("belongs to nothing and is not free")));
+  EXPECT_THAT(file.Check(), testing::ElementsAre(IsFinding(kWaste, "belongs to nothing and is not free")));
+}
+
+TEST(Check, DoesNotLoseDamageAmongWaste) {
+  Faulty file;
+  const std::size_t page = file.fixture.bytes->size() / kPageSize;
+  file.fixture.bytes->resize((page + 1200) * kPageSize);
+  std::uint8_t* map = file.Page(Pager::kGlobalMapPage);
+  for (std::size_t i = page; i < page + 1200; ++i)
+    map[data_page::Start(map, 0) + 5 + i / 8] &= static_cast<std::uint8_t>(~(1u << i % 8));
+  const std::uint32_t owned = static_cast<std::uint32_t>(file.last) >> 8;
+  map[data_page::Start(map, 0) + 5 + owned / 8] |= static_cast<std::uint8_t>(1u << owned % 8);
+  const auto findings = file.Check();
+  EXPECT_THAT(findings, Contains(Field(&Finding::kind, kWaste)).Times(1000));
+  EXPECT_THAT(findings, Contains(IsFinding(kDamage, "is free but belongs to FTable")));
 }
 
 }  // namespace

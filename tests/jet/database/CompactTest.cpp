@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "jet/database/DatabaseInternal.h"
+#include "jet/page/DataPage.h"
 #include "tests/jet/Support.h"
 #include "tests/jet/index/AddIndex.h"
 
@@ -98,17 +99,76 @@ TEST(CompactInto, OfACopyGivesTheSameAgain) {
   EXPECT_TRUE(*Compact(*OpenInMemory(once)) == *once);
 }
 
-TEST(CompactInto, RefusesATableWhosePrimaryKeyMissesARow) {
-  for (const bool ascending : {true, false}) {
-    Fixture fixture;
-    for (const std::int32_t number : {1, 2, ascending ? 3 : 0, 4})
-      fixture.Tree().Insert(Row{number, Value(), Value(), Value()});
+// The numbers of the tree's rows in a packed copy, which must be sound.
+std::vector<std::int32_t> PackedNumbers(const ByteVector& bytes) {
+  const auto copy = OpenInMemory(Compact(*OpenInMemory(bytes)));
+  EXPECT_THAT(copy->Check(), IsEmpty());
+  std::vector<std::int32_t> numbers;
+  for (const Row& row : RowsInOrder(*copy, u"TreeviewTable"))
+    numbers.push_back(std::get<std::int32_t>(row[0]));
+  return numbers;
+}
+
+// A file whose tree has rows with these numbers, and the page of its primary key.
+struct FileWithNumbers {
+  explicit FileWithNumbers(const std::vector<std::int32_t>& numbers) {
+    for (const std::int32_t number : numbers) fixture.Tree().Insert(Row{number, Value(), Value(), Value()});
     fixture.database->Flush();
-    const auto last = static_cast<std::uint32_t>(ReadAll(fixture.Tree()).rbegin()->first);
-    // The row is marked as deleted, but the tree still leads to it.
-    (*fixture.bytes)[(last >> 8) * 4096 + 14 + 2 * (last & 0xFF) + 1] |= 0xC0;
-    EXPECT_THROW(Compact(*OpenInMemory(fixture.bytes)), CorruptFile) << ascending;
+    root = static_cast<TableImpl&>(fixture.Tree()).Internal().def.indexes[0].root * kPageSize;
   }
+  std::uint8_t& InRoot(std::size_t offset) { return (*fixture.bytes)[root + offset]; }
+
+  Fixture fixture;
+  std::size_t root = 0;
+};
+
+TEST(CompactInto, SortsRowsAnewWhosePrimaryKeyLeadsToARowThatIsNotThere) {
+  for (const bool ascending : {true, false}) {
+    FileWithNumbers file({1, 2, ascending ? 3 : 0, 4});
+    const auto last = static_cast<std::uint32_t>(ReadAll(file.fixture.Tree()).rbegin()->first);
+    // The row is marked as deleted, but the tree still leads to it.
+    (*file.fixture.bytes)[(last >> 8) * 4096 + 14 + 2 * (last & 0xFF) + 1] |= 0xC0;
+    if (ascending) {
+      EXPECT_THAT(PackedNumbers(file.fixture.bytes), testing::ElementsAre(1, 2, 3));
+    } else {
+      EXPECT_THAT(PackedNumbers(file.fixture.bytes), testing::ElementsAre(0, 1, 2));
+    }
+  }
+}
+
+TEST(CompactInto, SortsRowsAnewWhosePrimaryKeyIsWrongInAnyWay) {
+  constexpr std::size_t kFirst = 480;  // entry: a flag, four bytes of key, three of the page, one of the row
+  for (const std::vector<std::int32_t>& numbers :
+       {std::vector<std::int32_t>{3, 1, 4, 2}, std::vector<std::int32_t>{1, 2, 3, 4}}) {
+    for (const std::size_t offset : {std::size_t{0}, std::size_t{4}, kFirst + 4, kFirst + 6, kFirst + 8}) {
+      FileWithNumbers file(numbers);
+      file.InRoot(offset) ^= 0x03;
+      EXPECT_THAT(OpenInMemory(file.fixture.bytes)->Check(), testing::Not(IsEmpty())) << offset;
+      EXPECT_THAT(PackedNumbers(file.fixture.bytes), testing::ElementsAre(1, 2, 3, 4)) << offset;
+    }
+  }
+}
+
+TEST(CompactInto, SortsRowsAnewThatThePrimaryKeyLacks) {
+  FileWithNumbers file({4, 2, 1, 3});
+  // The last entry is taken off the leaf: it is one of three that share four bytes with the first.
+  constexpr std::size_t kMask = 27, kEnd = 9 + 3 * 5;  // a bit for each place where an entry ends
+  ASSERT_EQ(file.InRoot(kMask + kEnd / 8), 1u << kEnd % 8);
+  file.InRoot(kMask + kEnd / 8) = 0;
+  file.InRoot(2) = static_cast<std::uint8_t>(file.InRoot(2) + 5);
+  EXPECT_THAT(OpenInMemory(file.fixture.bytes)->Check(),
+              testing::Contains(IsFinding(Finding::Kind::kIndex, "an index lacks a row")));
+  EXPECT_THAT(PackedNumbers(file.fixture.bytes), testing::ElementsAre(1, 2, 3, 4));
+}
+
+TEST(CompactInto, RefusesRowsThatHaveOneKey) {
+  FileWithNumbers file({1, 2, 3});
+  const auto last = static_cast<std::uint32_t>(ReadAll(file.fixture.Tree()).rbegin()->first);
+  std::uint8_t* page = file.fixture.bytes->data() + (last >> 8) * kPageSize;
+  page[data_page::Start(page, last & 0xFF) + 2] = 1;
+  EXPECT_THAT(OpenInMemory(file.fixture.bytes)->Check(),
+              testing::Contains(IsFinding(Finding::Kind::kDamage, "the key of another in a unique index")));
+  EXPECT_THROW(Compact(*OpenInMemory(file.fixture.bytes)), CorruptFile);
 }
 
 TEST(CompactInto, StartsAnEmptyTablesCounterAnew) {
@@ -189,6 +249,33 @@ TEST(CompactInto, TakesTheKeysOfTheOldTreeForATextWithoutAKey) {
 
 TEST(CompactInto, DoesNotHandOnAWrongKeyOfTheOldTree) {
   const ByteVector file = FileWithATextWithoutKey(true);
+  EXPECT_THAT(OpenInMemory(file)->Check(),
+              testing::Contains(IsFinding(Finding::Kind::kIndex, "an index has another key for a row")));
+  const ByteVector packed = Compact(*OpenInMemory(file));
+  EXPECT_THAT(OpenInMemory(packed)->Check(), IsEmpty());
+}
+
+TEST(CompactInto, RefusesATextWithoutAKeyThatTheOldTreeLacks) {
+  const ByteVector file = FileWithATextWithoutKey(false);
+  std::size_t root = 0;
+  {
+    const auto database = OpenInMemory(file);
+    root = static_cast<TableImpl&>(database->OpenTable(u"FTable")).Internal().def.indexes[0].root * kPageSize;
+  }
+  // An entry ends with the slot of its row: where that of the first row becomes 1, the second row is led to
+  // twice.
+  const auto findings = [&] { return OpenInMemory(file)->Check(); };
+  bool met = false;
+  for (std::size_t at = 480; at < 560 && !met; ++at) {
+    std::uint8_t& byte = (*file)[root + at];
+    if (byte != 0) continue;
+    byte = 1;
+    met = std::ranges::any_of(findings(), [](const Finding& finding) {
+      return finding.kind == Finding::Kind::kDamage && finding.text.find("lacks a row") != std::string::npos;
+    });
+    if (!met) byte = 0;
+  }
+  ASSERT_TRUE(met);
   EXPECT_THROW(Compact(*OpenInMemory(file)), CorruptFile);
 }
 

@@ -179,7 +179,8 @@ ByteVector SharedLongValue(int rows) {
 void ExpectRefused(const ByteVector& bytes) {
   const auto database = OpenInMemory(bytes);
   EXPECT_THROW(ReadAll(database->OpenTable(u"FTable")), CorruptFile);
-  EXPECT_THAT(database->Check(), testing::Contains(testing::HasSubstr("hold many times more than the file")));
+  EXPECT_THAT(database->Check(),
+              testing::Contains(IsFinding(Finding::Kind::kDamage, "hold many times more than the file")));
   auto packed = std::make_shared<std::vector<std::uint8_t>>();
   EXPECT_THROW(database->CompactInto(*OpenMemoryFile(packed)), CorruptFile);
 }

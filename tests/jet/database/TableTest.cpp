@@ -5,6 +5,19 @@ namespace {
 
 using testing::IsEmpty;
 
+TEST(Table, TakesARowThatFitsOnlyCompressed) {
+  NewTable wide{u"Wide", {}, u""};
+  for (char16_t name = u'a'; name < u'o'; ++name)
+    wide.columns.push_back({std::u16string(1, name), ColumnType::kText, 255});
+  wide.columns.push_back({u"last", ColumnType::kText, 255});
+  const auto database = OpenInMemory(CreateInMemory({wide}));
+  Table& table = database->OpenTable(u"Wide");
+  const Row row(15, Value(Repeat(u"x", 255)));
+  const RowId id = table.Insert(row);
+  EXPECT_EQ(ReadAll(table).at(id), row);
+  EXPECT_EQ(ErrorNumberOf([&] { table.Insert(Row(15, Value(Repeat(u"文", 255)))); }), code::kGeneric);
+}
+
 TEST(Table, KeepsTextsOfEveryShape) {
   Fixture fixture;
   fixture.Insert(ItemRow(u"", u"", u"", u"", u"", u"", u""));

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include "jet/Ado.h"
+#include "tests/jet/Waits.h"
 #include "tests/jet/sql/SqlTestSupport.h"
 
 namespace kestrelon::jet {
@@ -27,7 +28,7 @@ void AddItem(Connection& connection, std::u16string_view index) {
                      u"\",\"n\",\"f\",\"l\",\"t\",'')");
 }
 
-std::vector<std::string> FaultsOf(const std::filesystem::path& path) {
+std::vector<Finding> FaultsOf(const std::filesystem::path& path) {
   return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string())->Check();
 }
 
@@ -76,7 +77,7 @@ TEST_F(Connections, KeepTheirRowsFromOneOpeningToTheNext) {
   connection.Open();
   AddItem(connection, u"1#K");
   connection.Close();
-  EXPECT_EQ(FaultsOf(path), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(path), std::vector<Finding>());
 
   Connection other;
   other.SetConnectionString(ConnectionStringOf(path));
@@ -106,6 +107,7 @@ TEST_F(Connections, RefuseAFileThatIsNoDatabase) {
 }
 
 TEST_F(Connections, OpenTheirFileForThemselvesAlone) {
+  const Waits waits;
   connection.Open();
   Connection second;
   second.SetConnectionString(ConnectionStringOf(path));
@@ -142,26 +144,26 @@ TEST_F(Connections, LeaveAFileUntouchedThatTheyOnlyRead) {
   EXPECT_EQ(StampOf(path), before);
 }
 
+class CountingFile final : public File {
+ public:
+  CountingFile(std::unique_ptr<File> inner, std::size_t& reads) : inner_(std::move(inner)), reads_(&reads) {}
+  std::uint64_t Size() const override { return inner_->Size(); }
+  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
+    ++*reads_;
+    inner_->ReadAt(offset, bytes);
+  }
+  void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+    inner_->WriteAt(offset, bytes);
+  }
+  void Flush() override { inner_->Flush(); }
+
+ private:
+  std::unique_ptr<File> inner_;
+  std::size_t* reads_;
+};
+
 TEST_F(Connections, DoNotReadAnUnchangedFileAgain) {
   std::size_t reads = 0;
-  class CountingFile final : public File {
-   public:
-    CountingFile(std::unique_ptr<File> inner, std::size_t& reads)
-        : inner_(std::move(inner)), reads_(&reads) {}
-    std::uint64_t Size() const override { return inner_->Size(); }
-    void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
-      ++*reads_;
-      inner_->ReadAt(offset, bytes);
-    }
-    void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
-      inner_->WriteAt(offset, bytes);
-    }
-    void Flush() override { inner_->Flush(); }
-
-   private:
-    std::unique_ptr<File> inner_;
-    std::size_t* reads_;
-  };
   Connection counted([&reads](const std::filesystem::path& file, OpenMode mode) {
     return std::make_unique<CountingFile>(OpenFile(file, mode), reads);
   });
@@ -184,6 +186,98 @@ TEST_F(Connections, DoNotReadAnUnchangedFileAgain) {
   EXPECT_GT(reads, 0u);
 }
 
+TEST_F(Connections, DoNotReadAnUnchangedFileAgainThatIsNamedOtherwise) {
+  const std::filesystem::path link = folder / "link.dat";
+  std::filesystem::create_hard_link(path, link);
+  std::size_t reads = 0;
+  Connection counted([&reads](const std::filesystem::path& file, OpenMode mode) {
+    return std::make_unique<CountingFile>(OpenFile(file, mode), reads);
+  });
+  counted.SetConnectionString(ConnectionStringOf(path));
+  counted.Open();
+  AddItem(counted, u"1#K");
+  counted.Close();
+
+  reads = 0;
+  counted.SetConnectionString(ConnectionStringOf(link));
+  counted.Open();
+  EXPECT_EQ(Count(counted), 1u);
+  counted.Close();
+  EXPECT_EQ(reads, 0u);
+}
+
+TEST_F(Connections, RefuseChangesToAFileThatMayNotBeWritten) {
+  const std::u16string kReadOnly = u"Could not write '" + path.u16string() + u"': the file is read-only.";
+  connection.Open();
+  AddItem(connection, u"1#K");
+  connection.Close();
+  Connection reader(
+      [](const std::filesystem::path& file, OpenMode) { return OpenFile(file, OpenMode::kRead); });
+  reader.SetConnectionString(ConnectionStringOf(path));
+  for (int opening = 0; opening < 2; ++opening) {
+    reader.Open();
+    EXPECT_EQ(Count(reader), 1u);
+    ExpectError(code::kGeneric, kReadOnly, [&] { AddItem(reader, u"2#K"); });
+    ExpectError(code::kGeneric, kReadOnly, [&] { reader.Execute(u"DELETE FROM FTable"); });
+    Recordset rows;
+    rows.Open(u"SELECT * FROM TreeviewTable", reader);
+    rows.AddNew();
+    ExpectError(code::kGeneric, kReadOnly, [&] { rows.Update(); });
+    EXPECT_EQ(Count(reader), 1u);
+    EXPECT_NO_THROW(reader.Close());
+  }
+  EXPECT_EQ(RowsIn(path), 1u);
+}
+
+// A file that another program gets hold of, and changes, as soon as it is closed.
+class SnatchedFile final : public File {
+ public:
+  SnatchedFile(std::unique_ptr<File> inner, std::function<void()> snatch)
+      : inner_(std::move(inner)), snatch_(std::move(snatch)) {}
+  ~SnatchedFile() override {
+    inner_.reset();
+    snatch_();
+  }
+  SnatchedFile(const SnatchedFile&) = delete;
+  SnatchedFile& operator=(const SnatchedFile&) = delete;
+  std::uint64_t Size() const override { return inner_->Size(); }
+  void ReadAt(std::uint64_t offset, std::span<std::uint8_t> bytes) const override {
+    inner_->ReadAt(offset, bytes);
+  }
+  void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
+    inner_->WriteAt(offset, bytes);
+  }
+  void Flush() override { inner_->Flush(); }
+  std::optional<FileStamp> Stamp() override { return inner_->Stamp(); }
+
+ private:
+  std::unique_ptr<File> inner_;
+  std::function<void()> snatch_;
+};
+
+TEST_F(Connections, DoNotTakeAnotherProgramsWorkForTheirOwn) {
+  bool snatch = true;
+  Connection mine([&](const std::filesystem::path& file, OpenMode mode) {
+    return std::make_unique<SnatchedFile>(OpenFile(file, mode), [&] {
+      if (!std::exchange(snatch, false)) return;
+      connection.Open();
+      AddItem(connection, u"theirs#K");
+      connection.Close();
+    });
+  });
+  mine.SetConnectionString(ConnectionStringOf(path));
+  mine.Open();
+  AddItem(mine, u"1#K");
+  mine.Close();
+
+  mine.Open();
+  EXPECT_EQ(Count(mine), 2u);
+  AddItem(mine, u"2#K");
+  mine.Close();
+  EXPECT_EQ(RowsIn(path), 3u);
+  EXPECT_EQ(FaultsOf(path), std::vector<Finding>());
+}
+
 TEST_F(Connections, NoticeAFileReplacedUnderThem) {
   const std::filesystem::path slot = MakeDatabaseFile(folder / "slot.dat");
   connection.Open();
@@ -197,7 +291,7 @@ TEST_F(Connections, NoticeAFileReplacedUnderThem) {
   EXPECT_EQ(Count(connection), 0u);
   AddItem(connection, u"2#K");
   connection.Close();
-  EXPECT_EQ(FaultsOf(path), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(path), std::vector<Finding>());
 }
 
 TEST_F(Connections, NoticeAFileThatAnotherOneChanged) {
@@ -289,7 +383,7 @@ TEST_F(Connections, LoseOrKeepTheirChangesWhenAWriteFailsButNeverTheFile) {
     AddItem(failing, u"again");
     failing.Close();
     EXPECT_EQ(RowsIn(file), others + 1) << writes;
-    EXPECT_EQ(FaultsOf(file), std::vector<std::string>());
+    EXPECT_EQ(FaultsOf(file), std::vector<Finding>());
     ASSERT_LT(writes, 1000u);
   }
   EXPECT_GT(damaged, 2);
@@ -314,7 +408,7 @@ TEST_F(Connections, GiveUpWhatTheyCouldNotWriteForAFileThatTookItsPlace) {
   failing.Open();
   EXPECT_EQ(Count(failing), 0u);
   failing.Close();
-  EXPECT_EQ(FaultsOf(path), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(path), std::vector<Finding>());
 }
 
 TEST_F(Connections, ForgetWhatTheyCouldNotWriteWhenToldTo) {
@@ -365,7 +459,7 @@ TEST_F(Compaction, KeepsTheRowsAndDropsTheFreeSpace) {
   Compact();
 
   EXPECT_LT(std::filesystem::file_size(packed), std::filesystem::file_size(path) / 2);
-  EXPECT_EQ(FaultsOf(packed), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(packed), std::vector<Finding>());
   connection.SetConnectionString(ConnectionStringOf(packed));
   connection.Open();
   Recordset rows;
@@ -379,10 +473,11 @@ TEST_F(Compaction, RefusesADestinationThatExists) {
   ExpectError(code::kGeneric, u"Database '" + packed.u16string() + u"' already exists.", [&] { Compact(); });
   EXPECT_EQ(std::filesystem::file_size(packed), 4u);
   EXPECT_THROW(engine.CompactDatabase(ConnectionStringOf(path), ConnectionStringOf(path)), Error);
-  EXPECT_EQ(FaultsOf(path), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(path), std::vector<Finding>());
 }
 
 TEST_F(Compaction, RefusesAnOpenOrMissingSource) {
+  const Waits waits;
   connection.Open();
   ExpectError(code::kGeneric, u"Could not use '" + path.u16string() + u"'; file already in use.",
               [&] { Compact(); });
@@ -411,7 +506,7 @@ TEST_F(Compaction, LeavesNoDestinationWhenAWriteFails) {
       ASSERT_LT(writes, 1000u) << error.what();
     }
   }
-  EXPECT_EQ(FaultsOf(packed), std::vector<std::string>());
+  EXPECT_EQ(FaultsOf(packed), std::vector<Finding>());
 }
 
 }  // namespace

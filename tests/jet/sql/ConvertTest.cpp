@@ -1,3 +1,6 @@
+#include <cmath>
+#include <limits>
+
 #include "jet/sql/Convert.h"
 #include "tests/jet/sql/SqlTestSupport.h"
 
@@ -43,12 +46,40 @@ TEST(ConvertTo, RoundsHalvesToTheEvenNeighbour) {
   EXPECT_EQ(Converted(ColumnType::kLong, 3.5), Value(std::int32_t{4}));
 }
 
+void ExpectOutOfRange(ColumnType type, const Value& value) {
+  ExpectError(code::kTypeMismatch, u"The number or date lies outside the range of its column.",
+              [&] { Converted(type, value); });
+}
+
 TEST(ConvertTo, RefusesNumbersOutOfRange) {
-  ExpectMismatch(ColumnType::kByte, std::int32_t{256});
-  ExpectMismatch(ColumnType::kByte, std::int32_t{-1});
-  ExpectMismatch(ColumnType::kInteger, std::int32_t{32768});
-  ExpectMismatch(ColumnType::kLong, 2147483648.0);
-  ExpectMismatch(ColumnType::kCurrency, 1e16);
+  ExpectOutOfRange(ColumnType::kByte, std::int32_t{256});
+  ExpectOutOfRange(ColumnType::kByte, std::int32_t{-1});
+  ExpectOutOfRange(ColumnType::kInteger, std::int32_t{32768});
+  ExpectOutOfRange(ColumnType::kLong, 2147483648.0);
+  ExpectOutOfRange(ColumnType::kCurrency, 1e16);
+  for (const double number : {1e39, -1e39, 3.40282357e38, std::numeric_limits<double>::infinity()})
+    ExpectOutOfRange(ColumnType::kSingle, number);
+  ExpectOutOfRange(ColumnType::kSingle, std::u16string(u"1e39"));
+  for (const double number : {std::numeric_limits<double>::infinity(), std::nan("")}) {
+    ExpectOutOfRange(ColumnType::kDouble, number);
+    ExpectOutOfRange(ColumnType::kDate, number);
+  }
+}
+
+TEST(ConvertTo, TakesTheLargestSingle) {
+  const Value largest = Converted(ColumnType::kSingle, std::u16string(u"3.4028235e38"));
+  EXPECT_EQ(ToText(largest, ColumnType::kSingle), u"3.4028235e+38");
+  EXPECT_EQ(Converted(ColumnType::kSingle, -3.4028234e38), Value(-3.4028234e38));
+}
+
+TEST(ConvertTo, RefusesDatesOutsideOfTheYears100To9999) {
+  for (const double date : {2958466.0, -657435.0, 3e6, 1e300, -1e300})
+    ExpectOutOfRange(ColumnType::kDate, date);
+  ExpectOutOfRange(ColumnType::kDate, std::int32_t{2147483647});
+  ExpectOutOfRange(ColumnType::kDate, std::u16string(u"2958466"));
+  ExpectMismatch(ColumnType::kDate, std::u16string(u"10000-01-01"));
+  for (const char16_t* text : {u"9999-12-31 23:59:59", u"0100-01-01", u"0100-01-01 23:59:59"})
+    EXPECT_EQ(ToText(Converted(ColumnType::kDate, std::u16string(text)), ColumnType::kDate), text);
 }
 
 TEST(ConvertTo, LeavesNullAloneButInBooleans) {

@@ -84,6 +84,8 @@ class FaultyDisk {
     void Flush() override {
       if (disk_->Fails(Failure::kFlushError)) Throw(u"write", u"Input/output error");
     }
+    bool ReadOnly() const override { return inner_->ReadOnly(); }
+    std::optional<FileStamp> Stamp() override { return inner_->Stamp(); }
 
    private:
     [[noreturn]] void Throw(std::u16string_view action, std::u16string_view why) const {
@@ -143,7 +145,7 @@ Content ContentOf(const std::filesystem::path& path) {
   return ContentOf(connection);
 }
 
-std::vector<std::string> FaultsOf(const std::filesystem::path& path) {
+std::vector<Finding> FaultsOf(const std::filesystem::path& path) {
   return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string())->Check();
 }
 

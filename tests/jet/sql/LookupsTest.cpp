@@ -110,6 +110,17 @@ TEST_F(LookupsOfItems, ForgetWhatIsRolledBack) {
   EXPECT_EQ(Of(u"K"), u"1");
 }
 
+TEST_F(LookupsOfItems, HoldWhatIsStoredNotWhatWasGiven) {
+  EXPECT_EQ(Of(u"K"), u"");
+  Insert(u"\uFEFFK", u"1");  // the mark is not stored
+  EXPECT_EQ(Of(u"K"), u"1");
+  memory.Execute(u"UPDATE FTable SET TreeviewNode='\uFEFFL' WHERE FileIndex='1'");
+  EXPECT_EQ(Of(u"K"), u"");
+  EXPECT_EQ(Of(u"L"), u"1");
+  memory.Execute(u"DELETE FROM FTable WHERE TreeviewNode='L'");
+  EXPECT_EQ(Of(u"L"), u"");
+}
+
 TEST_F(LookupsOfItems, FindNumbersAndDrawnAutonumbers) {
   memory.Execute(u"INSERT INTO TreeviewTable (key) VALUES('a')");
   EXPECT_EQ(memory.Column(u"SELECT key FROM TreeviewTable WHERE i=1"), u"a");
@@ -133,8 +144,8 @@ TEST_F(LookupsOfItems, CompareTheRowWhereHashesCollide) {
 
 TEST_F(LookupsOfItems, AgreeWithScansThroughRandomChanges) {
   std::mt19937 random(11);
-  const std::vector<std::u16string> nodes = {u"K1",          u"k1 ",     u"K2",     u"a-b",   u"ab-",
-                                             u"stra\u00DFe", u"strasse", u"\u0436", u"\u0416"};
+  const std::vector<std::u16string> nodes = {u"K1",          u"k1 ",     u"K2",     u"a-b",    u"ab-",
+                                             u"stra\u00DFe", u"strasse", u"\u0436", u"\u0416", u"\uFEFFK2"};
   std::size_t next = 0;
   const auto node = [&] { return nodes[random() % nodes.size()]; };
   const auto index = [&] { return Decimal(random() % (next + 1)); };
@@ -155,7 +166,7 @@ TEST_F(LookupsOfItems, AgreeWithScansThroughRandomChanges) {
       }
     }
   }
-  EXPECT_EQ(memory.database->Check(), std::vector<std::string>());
+  EXPECT_EQ(memory.database->Check(), std::vector<Finding>());
 }
 
 }  // namespace

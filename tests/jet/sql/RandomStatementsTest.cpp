@@ -206,7 +206,7 @@ class RandomStatements : public ::testing::TestWithParam<unsigned> {
   void CheckFile() {
     connection.Close();
     const std::unique_ptr<Database> file = Database::Open(OpenFile(path, OpenMode::kRead), path.u16string());
-    EXPECT_EQ(file->Check(), std::vector<std::string>());
+    EXPECT_EQ(file->Check(), std::vector<Finding>());
   }
 
   std::mt19937 random;

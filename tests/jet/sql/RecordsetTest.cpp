@@ -98,6 +98,44 @@ TEST_F(Recordsets, ReadNullAsTheEmptyText) {
   EXPECT_TRUE(IsNull(rows.Fields(u"Comment")));
 }
 
+TEST_F(Recordsets, DoNotTakeARowForTheirsThatGotTheAddressOfADeletedOne) {
+  for (const char16_t* deletion : {u"DELETE FROM FTable WHERE FileIndex='1'", u"DELETE FROM FTable"}) {
+    connection.Execute(u"INSERT INTO FTable (FileIndex) VALUES('1')");
+    rows.Open(u"SELECT FileIndex FROM FTable", connection);
+    EXPECT_EQ(rows.Text(u"FileIndex"), u"1");
+    connection.Execute(deletion);
+    connection.Execute(u"INSERT INTO FTable (FileIndex) VALUES('2')");
+    ExpectError(code::kNoCurrentRow, kNoRow, [&] { rows.Text(u"FileIndex"); });
+    ExpectError(code::kNoCurrentRow, kNoRow, [&] { rows.Fields(u"FileIndex"); });
+    EXPECT_EQ(rows.RecordCount(), 1u);
+    rows.Close();
+    connection.Execute(u"DELETE FROM FTable");
+  }
+}
+
+TEST_F(Recordsets, TellTheRowsThatTheyAddedFromThoseThatGotTheirAddress) {
+  rows.Open(u"SELECT * FROM FTable", connection);
+  for (const char16_t* index : {u"1", u"2"}) {
+    rows.AddNew();
+    rows.SetField(u"FileIndex", std::u16string(index));
+    rows.Update();
+    EXPECT_EQ(rows.Text(u"FileIndex"), index);
+    if (*index == u'1') connection.Execute(u"DELETE FROM FTable");
+  }
+  EXPECT_EQ(rows.Text(u"FileIndex"), u"2");
+  rows.MoveFirst();
+  ExpectError(code::kNoCurrentRow, kNoRow, [&] { rows.Text(u"FileIndex"); });
+}
+
+TEST_F(Recordsets, KeepTheirRowThroughADeletionThatFails) {
+  AddCategories();
+  rows.Open(u"SELECT key FROM TreeviewTable", connection);
+  EXPECT_THROW(connection.Execute(u"DELETE FROM TreeviewTable WHERE key='a' AND text=1"), Error);
+  EXPECT_THROW(connection.Execute(u"UPDATE TreeviewTable SET key='" + std::u16string(51, u'x') + u"'"),
+               Error);
+  EXPECT_EQ(rows.Text(u"key"), u"a");
+}
+
 TEST_F(Recordsets, AddRowsWhoseAutonumberIsReadableAfterUpdate) {
   rows.Open(u"SELECT * FROM TreeviewTable", connection);
   for (int n = 1; n <= 3; ++n) {

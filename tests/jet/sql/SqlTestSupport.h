@@ -25,6 +25,8 @@ inline std::ostream& operator<<(std::ostream& out, RowId row) {
   return out << static_cast<std::uint32_t>(row);
 }
 
+inline void PrintTo(const Finding& finding, std::ostream* out) { *out << finding.text; }
+
 namespace sqltest {
 
 inline std::vector<NewTable> ProgramTables() {

@@ -17,7 +17,7 @@ class Statements : public ::testing::Test {
   void ExpectFailure(std::uint32_t number, std::u16string_view description, std::u16string_view text) {
     SCOPED_TRACE(ToUtf8(text.substr(0, 200)));
     ExpectError(number, description, [&] { memory.Execute(text); });
-    EXPECT_EQ(memory.database->Check(), std::vector<std::string>());
+    EXPECT_EQ(memory.database->Check(), std::vector<Finding>());
   }
   void ExpectSelectFailure(std::uint32_t number, std::u16string_view description, std::u16string_view text) {
     SCOPED_TRACE(ToUtf8(text));
@@ -102,6 +102,17 @@ TEST_F(Statements, RefuseATextLongerThanItsColumnAndCutNothing) {
   ExpectFailure(code::kTooLong, kTooSmall, u"UPDATE FTable SET DefineName='" + longText + u"'");
 
   EXPECT_EQ(memory.Column(u"SELECT DefineName FROM FTable"), u"a b c d e");
+}
+
+TEST_F(Statements, RefuseADateOrASingleOutsideOfItsRange) {
+  constexpr std::u16string_view kRange = u"The number or date lies outside the range of its column.";
+  ExpectFailure(code::kTypeMismatch, kRange, u"INSERT INTO Types (s) VALUES(1e39)");
+  ExpectFailure(code::kTypeMismatch, kRange, u"INSERT INTO Types (t) VALUES(2958466)");
+  memory.Execute(u"INSERT INTO Types (d, s, t) VALUES(-1e300, 1, #12/31/9999 23:59:59#)");
+  ExpectFailure(code::kTypeMismatch, kRange, u"UPDATE Types SET s=d");
+  ExpectFailure(code::kTypeMismatch, kRange, u"UPDATE Types SET t=d");
+  ExpectFailure(code::kTypeMismatch, kRange, u"INSERT INTO Types (s) SELECT d FROM Types");
+  EXPECT_EQ(memory.Column(u"SELECT t FROM Types"), u"9999-12-31 23:59:59");
 }
 
 TEST_F(Statements, FillATextColumnToItsLastCharacter) {
