@@ -93,9 +93,9 @@ struct Session {
     database.reset();
   }
   // Lets go of the file; keeps its stamp, so that it is known again, if it was written.
-  void LetGo(bool written) noexcept {
+  void LetGo(bool changed) noexcept {
     std::unique_ptr<File> file = database->DetachFile();
-    if (!written) return;
+    if (!changed) return;
     stamp.reset();
     try {
       if (file) stamp = file->Stamp();
