@@ -89,6 +89,11 @@ class MainForm : public win::Form {
   bool Form_QueryUnload();  // false: the window stays
   void Form_Unload();
 
+  // A dialog or a question is to come to its end first. By hand nothing can be started in this window then;
+  // what was posted before, or by other programs, comes nevertheless.
+  bool WaitsForDialog() const;
+  bool PanesTakeInput() const;  // nor does a long operation run
+  void OnClose();
   void PaneActivated(bool list);
   // Both by the pane that was last active.
   void EnableToolbar();
@@ -154,6 +159,7 @@ class MainForm : public win::Form {
   unsigned dpi_ = 96;      // that pictures and columns were made for
   bool dragging_ = false;  // the splitter
   bool loaded_ = false;    // the controls exist
+  bool closing_ = false;   // the question before closing, or what it led to, is open
   WPARAM wakeMark_ = 0;
 };
 
