@@ -138,9 +138,11 @@ void MainForm::WireEvents() {
     items::ListView1_ColumnClick(parts_, listHelpers_, column);
   };
   ListView1_.events.selectionChanged = [&parts] { items::ListView1_SelectionChanged(parts); };
-  ListView1_.events.doubleClick = [&parts] { items::ListView1_DblClick(parts); };
+  ListView1_.events.doubleClick = [this] {
+    if (PanesTakeInput()) items::ListView1_DblClick(parts_);
+  };
   ListView1_.events.keyDown = [this](int key, int shift) {
-    items::ListView1_KeyDown(parts_, listHelpers_, key, shift);
+    if (PanesTakeInput()) items::ListView1_KeyDown(parts_, listHelpers_, key, shift);
   };
   ListView1_.events.mouseDown = [this](int, int, POINT) { listHelpers_.tip.Hide(); };
   ListView1_.events.mouseUp = [&parts](int button, int shift, POINT point) {
@@ -148,7 +150,9 @@ void MainForm::WireEvents() {
   };
   ListView1_.events.mouseMove = [this](int, int, POINT point) { listHelpers_.tip.MouseMove(parts_, point); };
   ListView1_.events.mouseLeave = [this] { listHelpers_.tip.Hide(); };
-  ListView1_.events.beginDrag = [&parts] { items::ListView1_OLEStartDrag(parts); };
+  ListView1_.events.beginDrag = [this] {
+    if (PanesTakeInput()) items::ListView1_OLEStartDrag(parts_);
+  };
   ListView1_.events.gotFocus = [this] { PaneActivated(true); };
 
   WireDrags();
@@ -175,6 +179,7 @@ void MainForm::WireDrags() {
     return tree::TreeView1_OLEDragDrop(parts, data, point);
   };
 
+  treeDrops_.events.takes = listDrops_.events.takes = [this] { return PanesTakeInput(); };
   listDrops_.events.dragOver = [&parts](IDataObject& data, POINT point) {
     return imports::ListView1_OLEDragOver(parts, data, point);
   };
@@ -355,8 +360,35 @@ void MainForm::ShowToolDialogs(bool show) {
 
 void MainForm::cSysTray1_Activated() {
   ::ShowWindow(Handle(), ::IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
-  ::SetForegroundWindow(Handle());
   cSysTray1_.Remove();
+  // A dialog that the window waits for is in front of it.
+  const HWND front = ::IsWindowEnabled(Handle()) ? Handle() : ::GetLastActivePopup(Handle());
+  if (!::IsWindowVisible(front)) ::ShowWindow(front, SW_SHOW);  // it went with the window
+  ::SetForegroundWindow(front);
+}
+
+bool MainForm::WaitsForDialog() const { return closing_ || !::IsWindowEnabled(Handle()); }
+
+bool MainForm::PanesTakeInput() const { return !parts_.busy && !WaitsForDialog(); }
+
+void MainForm::OnClose() {
+  if (parts_.busy) {
+    parts_.closeRequested = true;  // once what is going on has come to its end
+    return;
+  }
+  if (sessionEnding_) {  // everything is kept, and nobody is there to be asked
+    CloseAllWindows(false);
+    return;
+  }
+  if (WaitsForDialog()) {
+    cSysTray1_Activated();
+    return;
+  }
+  const win::ScopedFlag closing(closing_);
+  TreeView1_.EndLabelEdit();
+  if (!Form_QueryUnload()) return;
+  LeaveCollection();
+  CloseAllWindows(false);
 }
 
 bool MainForm::Form_QueryUnload() {
@@ -409,6 +441,7 @@ void MainForm::KeepUnsaved() {
 
 LRESULT MainForm::OnQueryEndSession() {
   sessionEnding_ = true;
+  TreeView1_.EndLabelEdit();
   if (parts_.busy) parts_.closeRequested = true;  // what is going on ends at its next step
   KeepUnsaved();
   return TRUE;
@@ -472,12 +505,24 @@ void MainForm::Toolbar1_ButtonClick(int number) {
 }
 
 bool MainForm::OnCommand(UINT id) {
-  if (id > kFirstToolbarCommand && id <= kFirstToolbarCommand + MainFormTables::kToolbar.size()) {
-    Toolbar1_ButtonClick(static_cast<int>(id - kFirstToolbarCommand));
+  const bool ofToolbar =
+      id > kFirstToolbarCommand && id <= kFirstToolbarCommand + MainFormTables::kToolbar.size();
+  const std::wstring_view name = menus_.NameOf(id);
+  if (!ofToolbar && name.empty()) return false;
+  if (WaitsForDialog()) {
+    cSysTray1_Activated();
     return true;
   }
-  const std::wstring_view name = menus_.NameOf(id);
-  if (name.empty()) return false;
+  // During a long operation menus and toolbar are switched off.
+  const int button = static_cast<int>(id - kFirstToolbarCommand);
+  const bool offered = ofToolbar ? ::IsWindowEnabled(Toolbar1_.Handle()) && Toolbar1_.IsEnabled(button)
+                                 : menus_.IsWithinReach(name);
+  if (!offered) return true;
+  TreeView1_.EndLabelEdit();  // the command finds the category with its new name
+  if (ofToolbar) {
+    Toolbar1_ButtonClick(button);
+    return true;
+  }
   for (std::size_t i = 0; i < MainFormTables::kCommandCount; ++i) {
     const MainFormTables::Command& command = MainFormTables::kCommands[i];
     if (command.name && name == command.name && command.handler) {
@@ -534,17 +579,7 @@ LRESULT MainForm::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       if (wParam != kKeepTimer) break;
       KeepUnsaved();
       return 0;
-    case WM_CLOSE:
-      if (parts_.busy) {
-        parts_.closeRequested = true;  // once what is going on has come to its end
-        return 0;
-      }
-      if (!sessionEnding_) {
-        if (!Form_QueryUnload()) return 0;
-        LeaveCollection();
-      }
-      CloseAllWindows(false);
-      return 0;
+    case WM_CLOSE: OnClose(); return 0;
     case WM_DESTROY: Form_Unload(); break;
   }
   return Form::OnMessage(message, wParam, lParam);

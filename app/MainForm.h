@@ -98,6 +98,11 @@ class MainForm : public win::Form {
   LRESULT OnQueryEndSession();
   void OnEndSession(bool ends);
 
+  // A dialog or a question is to come to its end first. By hand nothing can be started in this window then;
+  // what was posted before, or by other programs, comes nevertheless.
+  bool WaitsForDialog() const;
+  bool PanesTakeInput() const;  // nor does a long operation run
+  void OnClose();
   void PaneActivated(bool list);
   // Both by the pane that was last active.
   void EnableToolbar();
@@ -164,6 +169,7 @@ class MainForm : public win::Form {
   unsigned dpi_ = 96;      // that pictures and columns were made for
   bool dragging_ = false;  // the splitter
   bool loaded_ = false;    // the controls exist
+  bool closing_ = false;   // the question before closing, or what it led to, is open
   WPARAM wakeMark_ = 0;
   bool keepPending_ = false;    // the timer of KeepSoon() runs
   bool sessionEnding_ = false;  // the system has asked, and nobody is to be asked any more

@@ -10,30 +10,45 @@
 namespace kestrelon::tree {
 namespace {
 
+// `begun` says, also after a failure, whether anything was deleted.
+void DeleteItemsOf(win::MainParts& parts, win::TreeNode& node, bool& begun) {
+  store::Opened connection(parts.connection);
+  const win::CommandsOff off(parts, {L"meu_file", L"meu_Category", L"meu_List"});
+  ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
+  const win::RedrawOff still(parts.TreeView1.Handle());
+  win::ProgressText progress(parts.StatusBar1);
+  Deletion deletion{*connection, [&](const std::wstring& step) {
+                      begun = true;
+                      progress.ShowInPassing(step);
+                    }};
+  DeleteNode(deletion, &node, node.Checked(), false, true);
+  connection.Close();
+}
+
 void DeleteSelected(win::MainParts& parts) {
   const HWND owner = parts.form.Handle();
   const std::wstring& title = parts.program.productName;
-  if (win::CurrentCategory(parts).empty()) {
+  const std::wstring key = win::CurrentCategory(parts);
+  if (key.empty()) {
     win::Inform(parts.world, owner, lang::Message(parts.program, lang::kNoCategorySelected), title);
     return;
   }
   if (parts.world.messageBox(owner, lang::Message(parts.program, lang::kDeleteCategoryQuestion), title,
-                             MB_YESNO | MB_ICONQUESTION) != IDYES) {
+                             MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) {
     return;
   }
-  win::TreeNode* const selected = parts.TreeView1.Selected();
-  if (!selected) return;
-  {
-    store::Opened connection(parts.connection);
-    const win::CommandsOff off(parts, {L"meu_file", L"meu_Category", L"meu_List"});
-    ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
-    const win::RedrawOff still(parts.TreeView1.Handle());
-    win::ProgressText progress(parts.StatusBar1);
-    Deletion deletion{*connection, [&](const std::wstring& step) { progress.ShowInPassing(step); }};
-    DeleteNode(deletion, selected, selected->Checked(), false, true);
-    connection.Close();
+  // Messages were handled since the question was asked: it was asked about this one.
+  win::TreeNode* const node = win::CurrentNode(parts);
+  if (!node || node->Key() != key) return;
+  bool begun = false;
+  try {
+    DeleteItemsOf(parts, *node, begun);
+  } catch (...) {
+    // The category is still there, with the items that are left.
+    if (begun) TreeView1_NodeClick(parts, *node);
+    throw;
   }
-  parts.TreeView1.Remove(*selected);
+  parts.TreeView1.Remove(*node);
   ShowNoCategory(parts);
 }
 

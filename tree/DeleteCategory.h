@@ -11,7 +11,7 @@ namespace kestrelon::tree {
 // Deletes the selected category with everything below it, after a question: the items from the database (the
 // files themselves stay), then the categories from the tree. No category is current afterwards. A failure
 // shows the box "meu_Remove_Click Error:"; what was deleted by then stays deleted, and the category stays in
-// the tree.
+// the tree and is shown with the items that are left.
 void meu_Remove_Click(win::MainParts& parts);
 
 // What one deletion carries from category to category.

@@ -29,7 +29,7 @@ void ShowNewCategory(win::MainParts& parts, win::TreeNode& node, bool scroll) {
 
 void InsertBesideSelected(win::MainParts& parts, win::Relationship relationship, bool scroll) {
   win::Quietly([&] {
-    win::TreeNode* relative = parts.TreeView1.Selected();
+    win::TreeNode* relative = win::CurrentNode(parts);
     if (!relative) return;
     const std::wstring key = GetNextKey(parts);
     ShowNewCategory(parts,
@@ -68,7 +68,7 @@ void AddNextSibling(win::MainParts& parts) {
 void AddLastSibling(win::MainParts& parts) {
   win::Quietly([&] {
     const std::wstring key = GetNextKey(parts);
-    win::TreeNode* relative = parts.TreeView1.Selected();
+    win::TreeNode* relative = win::CurrentNode(parts);
     win::TreeNode& added = parts.TreeView1.Add(relative, win::Relationship::kLast, key, kNewCategory,
                                                kCategoryImage, kSelectedCategoryImage);
     ShowNewCategory(parts, added, relative != nullptr);
@@ -91,6 +91,7 @@ void AddChild(win::MainParts& parts) {
 }
 
 void EditSelectedCaption(win::MainParts& parts) {
+  if (!win::CurrentNode(parts)) return;
   parts.TreeView1.SetAutomaticLabelEdit(true);
   parts.TreeView1.StartLabelEdit();
 }

@@ -21,7 +21,7 @@ void AddLastSibling(win::MainParts& parts);
 // In an empty tree the same as AddLastSibling. Without a current category it says so and adds nothing.
 void AddChild(win::MainParts& parts);
 
-// Starts editing the selected category's name in place: F2, and a button of the toolbar.
+// Starts editing the current category's name in place: F2, and a button of the toolbar.
 void EditSelectedCaption(win::MainParts& parts);
 
 // What happens in the tree. Points are client pixels; button 1 is left, 2 right; shift 1, 2, 4 Shift, Ctrl,

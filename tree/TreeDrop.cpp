@@ -30,7 +30,7 @@ void MoveSelectedItems(win::MainParts& parts, const std::wstring& targetKey) {
 void AddDroppedFiles(win::MainParts& parts, IDataObject& data, const std::wstring& targetKey) {
   std::vector<std::wstring> paths = win::DroppedPaths(data);
   std::erase_if(paths, win::IsPlainFolder);
-  if (paths.empty()) return;
+  if (paths.empty() || !parts.TreeView1.Find(targetKey)) return;
   store::Opened connection(parts.connection);
   imports::InsertFiles(parts, *connection, targetKey, paths,
                        {.largestNumber = imports::kLargest32Bit, .oneTime = true, .separator = L", "});
@@ -53,6 +53,8 @@ void TreeView1_OLEDragLeave(win::MainParts& parts) { parts.TreeView1.SetDropHigh
 DWORD TreeView1_OLEDragDrop(win::MainParts& parts, IDataObject& data, POINT point) {
   win::TreeView& tree = parts.TreeView1;
   win::TreeNode* const target = tree.HitTest(point);
+  // Fetching what is dropped, and boxes, let messages in: from here on the category is known by its key.
+  const std::wstring key = target ? target->Key() : std::wstring();
   const bool internal = std::exchange(parts.internalDrag, false);
   tree.SetDropHighlight(target);
   const win::Finally clear([&] { tree.SetDropHighlight(nullptr); });
@@ -60,11 +62,11 @@ DWORD TreeView1_OLEDragDrop(win::MainParts& parts, IDataObject& data, POINT poin
   return win::InRoutine(parts.world, parts.form.Handle(), L"TreeView1_OLEDragDrop Error:",
                         DWORD{DROPEFFECT_NONE}, [&] {
                           if (internal) {
-                            MoveSelectedItems(parts, target->Key());
+                            MoveSelectedItems(parts, key);
                           } else {
-                            AddDroppedFiles(parts, data, target->Key());
+                            AddDroppedFiles(parts, data, key);
                           }
-                          tree.Expand(*target);
+                          if (win::TreeNode* const node = tree.Find(key)) tree.Expand(*node);
                           return DWORD{DROPEFFECT_COPY};
                         });
 }

@@ -1,6 +1,7 @@
 #include "tree/Tree_Find.h"
 
 #include "app/base/File.h"
+#include "tree/NodeCommands.h"
 
 namespace kestrelon::tree {
 namespace {
@@ -52,12 +53,17 @@ void Tree_Find::Search(const std::wstring& text) {
   for (std::size_t index = selected ? selected->Index() + 1 : 1; index <= tree.Count(); ++index) {
     win::TreeNode& node = tree.At(index);
     if (!ContainsNoCase(node.Text(), text)) continue;
-    tree.Select(&node);
-    tree.EnsureVisible(node);
+    Show(node);
     return;
   }
   SayNotFound(text);
-  if (tree.Count() > 0) tree.Select(&tree.At(1));
+  if (tree.Count() > 0) Show(tree.At(1));
+}
+
+void Tree_Find::Show(win::TreeNode& node) {
+  parts_.TreeView1.Select(&node);
+  parts_.TreeView1.EnsureVisible(node);
+  TreeView1_NodeClick(parts_, node);
 }
 
 void OpenTreeFind(win::MainParts& parts, TreeHelpers& helpers) {

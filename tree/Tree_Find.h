@@ -10,11 +10,11 @@ namespace kestrelon::tree {
 
 // The window that searches the categories for one whose name contains a text, without regard to case. They
 // are searched in the order in which they were added to the tree, from the one after the selected one (the
-// first when none is) to the last. A match is selected and scrolled into view; the list and the status bar
-// keep showing the category that the user chose before.
+// first when none is) to the last. A match becomes the current category, as if it had been clicked, and is
+// scrolled into view: what the user does next goes where the tree says.
 //
-// When there is no match the first category is selected, so that the next search starts behind it: that one
-// is passed over then. Required so.
+// When there is no match the same is done with the first category, so that the next search starts behind it:
+// that one is passed over then.
 class Tree_Find : public ui::FindWindow {
  public:
   explicit Tree_Find(win::MainParts& parts) : FindWindow(L"Tree_Find", parts, parts.treeFindShown) {}
@@ -22,6 +22,9 @@ class Tree_Find : public ui::FindWindow {
  protected:
   void CreateControls() override;
   void Search(const std::wstring& text) override;
+
+ private:
+  void Show(win::TreeNode& node);
 };
 
 // What the tree's events share: the search window, made when it is first opened.

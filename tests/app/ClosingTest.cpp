@@ -139,6 +139,53 @@ TEST_F(Closing, TheExitCommandAsksTheSame) {
   EXPECT_EQ(form->Handle(), nullptr);
 }
 
+TEST_F(Closing, AsksOneQuestionAtATimeHoweverOftenItIsAsked) {
+  Start();
+  int open = 0, asked = 0;
+  bool disables = true;
+  world.messageBox = [&](HWND owner, const std::wstring&, const std::wstring&, UINT) {
+    ++asked;
+    EXPECT_EQ(++open, 1);
+    if (disables) EnableWindow(owner, FALSE);  // as a message box does
+    for (int i = 0; i < 4; ++i) PostMessageW(form->Handle(), WM_CLOSE, 0, 0);
+    PostMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(Menus().IdOf(L"meu_exit"), 0), 0);
+    win::DoEvents();
+    EnableWindow(owner, TRUE);
+    --open;
+    return IDCANCEL;
+  };
+
+  AskToClose();
+  win::DoEvents();
+  EXPECT_EQ(asked, 1);
+
+  disables = false;  // and before it does
+  AskToClose();
+  win::DoEvents();
+  EXPECT_EQ(asked, 2) << "a later request asks again";
+  EXPECT_TRUE(IsWindow(form->Handle()));
+}
+
+TEST_F(Closing, AsksNothingOverADialogWhichComesToTheFront) {
+  Start();
+  HWND front = nullptr;
+  const OnWindow about([](HWND window) { return TextOf(window).find(L"bout") != std::wstring::npos; },
+                       [&](HWND window) {
+                         SetForegroundWindow(form->Handle());
+                         AskToClose();
+                         SendMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(Menus().IdOf(L"meu_exit"), 0),
+                                      0);
+                         front = GetForegroundWindow();
+                         EXPECT_EQ(front, window);
+                         EXPECT_TRUE(IsWindow(form->Handle()));
+                         SendMessageW(window, WM_CLOSE, 0, 0);
+                       });
+  Command(L"meu_about");
+  EXPECT_TRUE(about.Done());
+  EXPECT_TRUE(world.boxes.empty());
+  EXPECT_TRUE(IsWindowEnabled(form->Handle()));
+}
+
 TEST_F(Closing, TheEndOfTheSessionAsksNothing) {
   Start();
   AddCategory(L"A_", L"A");

@@ -158,6 +158,30 @@ TEST_F(SecondStart, WithAnotherDataFolderLeavesTheWindowAlone) {
   EXPECT_FALSE(IsWindowVisible(form->Handle()));
 }
 
+TEST_F(SecondStart, BringsTheOpenDialogToTheFrontAndChangesNothingElse) {
+  const app::SingleInstance first(program.dataFolder);
+  Start();
+  form->SetWakeMark(first.FolderMark());
+  for (const bool minimised : {false, true}) {
+    const OnWindow about([](HWND window) { return TextOf(window).find(L"bout") != std::wstring::npos; },
+                         [&](HWND window) {
+                           SetForegroundWindow(form->Handle());
+                           if (minimised) ShowWindow(form->Handle(), SW_MINIMIZE);
+                           EXPECT_FALSE(BecomesFirst(program.dataFolder, kPatience));
+                           EXPECT_EQ(GetForegroundWindow(), window);
+                           EXPECT_TRUE(IsWindowVisible(window));
+                           EXPECT_TRUE(IsWindowVisible(form->Handle()));
+                           EXPECT_FALSE(IsIconic(form->Handle()));
+                           EXPECT_FALSE(IsWindowEnabled(form->Handle()));
+                           EXPECT_FALSE(form->SysTray().IsShown());
+                           SendMessageW(window, WM_CLOSE, 0, 0);
+                         });
+    SendMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(Menus().IdOf(L"meu_about"), 0), 0);
+    EXPECT_TRUE(about.Done());
+    EXPECT_TRUE(IsWindowEnabled(form->Handle()));
+  }
+}
+
 TEST_F(SecondStart, LeavesAWindowThatIsShownAsLargeAsItIs) {
   const app::SingleInstance first(program.dataFolder);
   Start();

@@ -68,6 +68,23 @@ TEST_F(Tray, OtherMouseEventsLeaveTheWindowHidden) {
   EXPECT_FALSE(IsWindowVisible(form->Handle()));
 }
 
+TEST_F(Tray, ADialogGoesAndComesBackWithTheWindowItKeepsWaiting) {
+  Start();
+  const OnWindow about([](HWND window) { return TextOf(window).find(L"bout") != std::wstring::npos; },
+                       [&](HWND window) {
+                         Minimise();
+                         EXPECT_FALSE(IsWindowVisible(form->Handle()));
+                         IconSends(WM_LBUTTONUP);
+                         EXPECT_TRUE(IsWindowVisible(form->Handle()));
+                         EXPECT_TRUE(IsWindowVisible(window));
+                         EXPECT_EQ(GetForegroundWindow(), window);
+                         SendMessageW(window, WM_CLOSE, 0, 0);
+                       });
+  SendMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(Menus().IdOf(L"meu_about"), 0), 0);
+  EXPECT_TRUE(about.Done());
+  EXPECT_TRUE(IsWindowEnabled(form->Handle()));
+}
+
 TEST_F(Tray, GoesAndComesAgain) {
   Start();
   for (int i = 0; i < 2; ++i) {

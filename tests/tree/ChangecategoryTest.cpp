@@ -159,7 +159,6 @@ TEST_F(ChangeCategory, OkWithoutAChosenCategoryMovesNothingAndTheDialogStays) {
   InChangecategory([&](tree::Changecategory& dialog) {
     // Neither by Enter nor by a press that gets past the disabled button.
     PressKey(dialog.TreeView1().Handle(), VK_RETURN);
-    dialog.TreeView1().Select(nullptr);
     const HWND ok = ControlOf(dialog, L"Command1", 0);
     SendMessageW(dialog.Handle(), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(ok), BN_CLICKED),
                  reinterpret_cast<LPARAM>(ok));
@@ -168,6 +167,47 @@ TEST_F(ChangeCategory, OkWithoutAChosenCategoryMovesNothingAndTheDialogStays) {
   EXPECT_EQ(List().Count(), 3u);
   EXPECT_EQ(Table(), (Texts{L"A_|1#A_", L"A_|2#A_", L"A_|3#A_"}));
   EXPECT_TRUE(program.databaseSaved);
+}
+
+TEST_F(ChangeCategory, TheFocusChoosesNoCategory) {
+  StartWithItems();
+  InChangecategory([&](tree::Changecategory& dialog) {
+    const HWND tree = dialog.TreeView1().Handle();
+    EXPECT_EQ(dialog.TreeView1().Selected(), nullptr);
+    // How the control asks whether it may select the first one when it gets the focus.
+    NMTREEVIEWW change{};
+    change.hdr = {tree, static_cast<UINT_PTR>(GetDlgCtrlID(tree)), TVN_SELCHANGINGW};
+    change.action = TVC_UNKNOWN;
+    change.itemNew.hItem = TreeView_GetRoot(tree);
+    EXPECT_NE(SendMessageW(dialog.Handle(), WM_NOTIFY, change.hdr.idFrom, reinterpret_cast<LPARAM>(&change)),
+              0);
+    SetFocus(ControlOf(dialog, L"Command1", 1));
+    SetFocus(tree);
+    EXPECT_EQ(dialog.TreeView1().Selected(), nullptr);
+    EXPECT_FALSE(OkEnabled(dialog));
+  });
+}
+
+TEST_F(ChangeCategory, OkMovesToTheCategoryThatAClosedBranchLeftSelected) {
+  StartWithItems();
+  InChangecategory([&](tree::Changecategory& dialog) {
+    ClickNode(dialog, L"C_");
+    PressKey(dialog.TreeView1().Handle(), VK_LEFT);  // to Beta
+    PressKey(dialog.TreeView1().Handle(), VK_RIGHT);
+    ClickNode(dialog, L"C_");
+    win::TreeNode& beta = *dialog.TreeView1().Find(L"B_");
+    const RECT text = dialog.TreeView1().TextRectangle(beta);
+    TVHITTESTINFO hit{};
+    hit.pt.y = (text.top + text.bottom) / 2;
+    do {
+      ++hit.pt.x;
+      SendMessageW(dialog.TreeView1().Handle(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+    } while ((hit.flags & TVHT_ONITEMBUTTON) == 0 && hit.pt.x < text.left);
+    Click(dialog.TreeView1().Handle(), {hit.pt.x + 2, hit.pt.y});
+    EXPECT_EQ(TextOf(ControlOf(dialog, L"Text1")), L"Beta");
+    Press(dialog, L"Command1", 0);
+  });
+  EXPECT_EQ(Table(), (Texts{L"B_|1#A_", L"B_|2#A_", L"B_|3#A_"}));
 }
 
 TEST_F(ChangeCategory, CancelAndEscapeChangeNothing) {

@@ -54,6 +54,7 @@ TEST_F(DeleteCategory, AsksFirst) {
             L"Delete Category and all it's sub-categories ? (don't delete the original of the file)");
   EXPECT_EQ(world.boxes[0].title, L"Kestrelon");
   EXPECT_EQ(world.boxes[0].flags & MB_TYPEMASK, static_cast<UINT>(MB_YESNO));
+  EXPECT_EQ(world.boxes[0].flags & MB_DEFMASK, static_cast<UINT>(MB_DEFBUTTON2)) << "Enter deletes nothing";
 }
 
 TEST_F(DeleteCategory, AsksInTheLanguageInUse) {
@@ -113,6 +114,76 @@ TEST_F(DeleteCategory, LeavesNoCategoryCurrentAndTheListEmpty) {
   EXPECT_EQ(List().Count(), 0u);
   EXPECT_FALSE(program.databaseSaved);
   EXPECT_EQ(GetFocus(), Parts().Text1);
+}
+
+TEST_F(DeleteCategory, HighlightsNoNeighbourOfWhatIsGone) {
+  StartWithCategories();
+  for (const wchar_t* key :
+       {L"E_", L"B_", L"A_"}) {  // one with a sibling before it, one alone, one with a next
+    SelectKey(key);
+    SetFocus(Tree().Handle());
+    world.answers = {IDYES};
+    Command(L"meu_Remove");
+    EXPECT_EQ(Tree().Selected(), nullptr) << Narrow(key);
+    SetFocus(Tree().Handle());
+    EXPECT_EQ(Tree().Selected(), nullptr) << Narrow(key);
+  }
+  EXPECT_EQ(ShownTree(), L"F");
+}
+
+TEST_F(DeleteCategory, DeletesNothingWhenAnotherCategoryIsCurrentOnceTheQuestionIsAnswered) {
+  StartWithCategories();
+  SelectKey(L"B_");
+  world.messageBox = [this](HWND, const std::wstring&, const std::wstring&, UINT) {
+    SelectKey(L"F_");
+    return IDYES;
+  };
+  Command(L"meu_Remove");
+  EXPECT_EQ(ShownTree(), L"A(B(C(D)),E),F");
+  EXPECT_EQ(ItemKeys().size(), 6u);
+}
+
+TEST_F(DeleteCategory, DeletesNothingWhileSelectionAndCurrentCategoryDiffer) {
+  StartWithCategories();
+  SelectKey(L"B_");
+  Tree().Select(Tree().Find(L"F_"));
+  world.answers = {IDYES};
+  Command(L"meu_Remove");
+  EXPECT_EQ(ShownTree(), L"A(B(C(D)),E),F");
+  EXPECT_EQ(ItemKeys().size(), 6u);
+}
+
+TEST_F(DeleteCategory, AFailureInTheMiddleLeavesTheCategoryShownAsItNowIs) {
+  StartWithCategories();
+  SelectKey(L"B_");
+  AddCategory(L"quote\"", L"breaks the statement", Tree().Find(L"C_"));
+  ASSERT_EQ(Panel(3), L"1 Objects");
+  std::wstring shownBehindTheBox;
+  world.messageBox = [&](HWND, const std::wstring&, const std::wstring&, UINT flags) {
+    if ((flags & MB_TYPEMASK) == MB_YESNO) return IDYES;
+    shownBehindTheBox = Panel(1) + L", " + Panel(2) + L", " + Panel(3);
+    return IDOK;
+  };
+
+  Command(L"meu_Remove");
+
+  EXPECT_EQ(shownBehindTheBox, L"Category : A\\B, B_, 0 Objects");
+  EXPECT_EQ(Panel(1), L"Category : A\\B");
+  EXPECT_EQ(List().Count(), 0u);
+  EXPECT_EQ(Tree().Selected(), Tree().Find(L"B_"));
+}
+
+TEST_F(DeleteCategory, AFailureBeforeAnythingIsDeletedLeavesTheListAlone) {
+  StartWithCategories();
+  win::TreeNode& node = AddCategory(L"quote\"", L"breaks every statement");
+  SelectKey(L"B_");
+  Tree().Select(&node);
+  win::SetCurrentCategory(Parts(), L"breaks every statement", node.Key());
+  world.answers = {IDYES, IDOK};
+  Command(L"meu_Remove");
+  ASSERT_EQ(world.boxes.size(), 2u);
+  EXPECT_EQ(world.boxes[1].title, L"meu_Remove_Click Error:");
+  EXPECT_EQ(List().Count(), 1u);
 }
 
 TEST_F(DeleteCategory, ClearsTheSavedFlagEvenWhenTheAnswerIsNo) {

@@ -135,6 +135,144 @@ TEST_F(LabelEdit, LeavesTheItemListAlone) {
   EXPECT_EQ(Panel(3), L"1 Objects");
 }
 
+// A, with an item, is being edited, "typed" stands in its label; B with the child C, also with an item, is
+// beside it. Whatever ends the edit keeps what was typed, and afterwards the status bar speaks of the current
+// category.
+class LabelEditEnd : public LabelEdit {
+ protected:
+  void StartEdit(const std::wstring& typed = L"typed") {
+    StartWithNode();
+    win::TreeNode& b = AddCategory(L"B_", L"other");
+    AddCategory(L"C_", L"child", &b);
+    Tree().Expand(b);
+    AddItem(L"A_", 1, {L"of A"});
+    AddItem(L"C_", 1, {L"of C"});
+    SelectCategory(*node_);
+    program.databaseSaved = true;
+    tree::EditSelectedCaption(Parts());
+    ASSERT_TRUE(Tree().EditingLabel());
+    SetWindowTextW(TreeView_GetEditControl(Tree().Handle()), typed.c_str());
+  }
+  void ExpectKept() {
+    EXPECT_FALSE(Tree().EditingLabel());
+    EXPECT_EQ(node_->Text(), L"typed");
+    EXPECT_FALSE(program.databaseSaved);
+  }
+};
+
+TEST_F(LabelEditEnd, ByAClickOnAnotherCategory) {
+  StartEdit();
+  Click(Tree().Handle(), MiddleOf(*Tree().Find(L"C_")));
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : other\\child");
+  EXPECT_EQ(Panel(2), L"C_");
+  EXPECT_EQ(Column(1), std::vector<std::wstring>{L"of C"});
+}
+
+TEST_F(LabelEditEnd, ByARightClickOnAnotherCategory) {
+  StartEdit();
+  const PopupMenuEntries menu;
+  Click(Tree().Handle(), MiddleOf(*Tree().Find(L"C_")), true);
+  EXPECT_TRUE(menu.Shown());
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : child");
+  EXPECT_EQ(Panel(2), L"C_");
+  EXPECT_EQ(Tree().Selected(), Tree().Find(L"C_"));
+  EXPECT_EQ(Column(1), std::vector<std::wstring>{L"of A"}) << "a right click does not fill the list";
+}
+
+TEST_F(LabelEditEnd, ByAClickOnEmptySpace) {
+  StartEdit();
+  Click(Tree().Handle(), EmptyTreeSpace());
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : ");
+  EXPECT_EQ(Panel(2), L"");
+  EXPECT_EQ(Tree().Selected(), nullptr);
+}
+
+TEST_F(LabelEditEnd, ByAClickOnTheList) {
+  StartEdit();
+  Click(List().Handle(), MiddleOfRow(0));
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : typed");
+  EXPECT_EQ(Panel(2), L"A_");
+}
+
+TEST_F(LabelEditEnd, ByAMenuCommandThatSelectsAnother) {
+  StartEdit();
+  Command(L"meu_AddNextSibling");
+  ExpectKept();
+  EXPECT_EQ(ShownTree(), L"typed,New Category ,other(child)");
+  EXPECT_EQ(Panel(1), L"Category : New Category ");
+  EXPECT_EQ(Panel(2), Tree().Selected()->Key());
+  EXPECT_EQ(Tree().Selected()->Text(), L"New Category ");
+}
+
+TEST_F(LabelEditEnd, ByAMenuCommandThatSelectsNothing) {
+  StartEdit();
+  Command(L"meu_aa");
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : typed");
+}
+
+TEST_F(LabelEditEnd, ByTheToolbar) {
+  StartEdit();
+  SendMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(200 + 1, 0), 0);  // a new category below it
+  ExpectKept();
+  EXPECT_EQ(ShownTree(), L"typed(New Category ),other(child)");
+}
+
+TEST_F(LabelEditEnd, BeforeTheQuestionOfADeletion) {
+  StartEdit();
+  std::wstring then;
+  world.messageBox = [&](HWND, const std::wstring&, const std::wstring&, UINT) {
+    then = ShownTree();
+    return IDNO;
+  };
+  Command(L"meu_Remove");
+  EXPECT_EQ(then, L"typed,other(child)");
+  ExpectKept();
+  EXPECT_EQ(Panel(1), L"Category : typed");
+  EXPECT_EQ(Panel(2), L"A_");
+}
+
+TEST_F(LabelEditEnd, BeforeADatabaseIsLoaded) {
+  StartEdit();
+  std::wstring then;
+  const OnWindow dialog([](HWND window) { return TextOf(window) == L"Load Database"; },
+                        [&](HWND window) {
+                          then = ShownTree();
+                          SendMessageW(window, WM_CLOSE, 0, 0);
+                        });
+  Command(L"meu_LoadDatabase");
+  EXPECT_TRUE(dialog.Done());
+  EXPECT_EQ(then, L"typed,other(child)");
+  ExpectKept();
+}
+
+TEST_F(LabelEditEnd, BeforeTheProgramAsksWhetherToSave) {
+  StartEdit();
+  world.answers = {IDCANCEL};  // without the new name there would be nothing to ask
+  SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
+  ASSERT_EQ(world.boxes.size(), 1u);
+  ExpectKept();
+}
+
+TEST_F(LabelEditEnd, ByAClickWithANameThatIsRefusedKeepsTheOldOne) {
+  StartEdit(L"   ");
+  Click(Tree().Handle(), MiddleOf(*Tree().Find(L"C_")));
+  EXPECT_EQ(node_->Text(), L"old");
+  EXPECT_EQ(Panel(1), L"Category : other\\child");
+  EXPECT_TRUE(program.databaseSaved);
+}
+
+TEST_F(LabelEditEnd, ByARefusedCommandNotAtAll) {
+  StartEdit();
+  Menus().Enable(L"meu_aa", false);
+  Command(L"meu_aa");
+  EXPECT_TRUE(Tree().EditingLabel());
+}
+
 class TreeKeys : public LabelEdit {};
 
 TEST_F(TreeKeys, EnterSwitchesLabelEditingBackToManual) {

@@ -17,7 +17,6 @@ class FindInCategories : public MainFormFixture {
     AddCategory(L"M_", L"Music");
     SetFocus(Tree().Handle());
     win::DoEvents();
-    Tree().Select(nullptr);  // a tree that gets the focus selects its first node
     program.databaseSaved = true;
   }
   void Open() {
@@ -243,16 +242,51 @@ TEST_F(FindInCategories, SearchesByEnter) {
   EXPECT_EQ(SelectedText(), L"WORK");
 }
 
-TEST_F(FindInCategories, LeavesListStatusBarAndCollectionAsTheyAre) {
+TEST_F(FindInCategories, MakesAMatchCurrentAsAClickDoes) {
   StartWithCategories();
-  AddItem(L"P_", 1, {L"item"});
+  AddItem(L"P_", 1, {L"private"});
+  AddItem(L"H_", 1, {L"one"});
+  AddItem(L"H_", 2, {L"two"});
   SelectCategory(*Tree().Find(L"P_"));
+  Click(List().Handle(), MiddleOfRow(0));
+  ASSERT_TRUE(Parts().Toolbar1.IsEnabled(6));
+  program.databaseSaved = true;
+
   Find(L"work");
+
   EXPECT_EQ(SelectedText(), L"Homework");
+  EXPECT_EQ(Panel(1), L"Category : Private\\Homework");
+  EXPECT_EQ(Panel(2), L"H_");
+  EXPECT_EQ(Panel(3), L"2 Objects");
+  EXPECT_EQ(Column(1), (std::vector<std::wstring>{L"one", L"two"}));
+  EXPECT_FALSE(Parts().Toolbar1.IsEnabled(6));
+  EXPECT_TRUE(program.databaseSaved);
+}
+
+TEST_F(FindInCategories, MakesTheFirstCategoryCurrentWhenThereIsNoMatch) {
+  StartWithCategories();
+  AddItem(L"P_", 1, {L"private"});
+  SelectCategory(*Tree().Find(L"M_"));
+
+  FindInVain(L"nothing like it");
+
+  EXPECT_EQ(SelectedText(), L"Private");
   EXPECT_EQ(Panel(1), L"Category : Private");
   EXPECT_EQ(Panel(2), L"P_");
-  EXPECT_EQ(List().Count(), 1u);
-  EXPECT_TRUE(program.databaseSaved);
+  EXPECT_EQ(Column(1), std::vector<std::wstring>{L"private"});
+}
+
+TEST_F(FindInCategories, KeepsWhatWasTypedIntoALabelThatIsBeingEdited) {
+  StartWithCategories();
+  SelectCategory(*Tree().Find(L"P_"));
+  Open();
+  Type(L"work");
+  tree::EditSelectedCaption(Parts());
+  SetWindowTextW(TreeView_GetEditControl(Tree().Handle()), L"Own");
+  PressOk();
+  EXPECT_EQ(ShownTree(), L"Own(Homework),WORK,Music");
+  EXPECT_EQ(Panel(1), L"Category : Own\\Homework");
+  EXPECT_EQ(Panel(2), L"H_");
 }
 
 TEST_F(FindInCategories, DoesNothingWhileAQuestionOrALongOperationWaits) {

@@ -124,6 +124,32 @@ TEST_F(DropTargetTest, TellsOnceThatTheDragLeftAControlThatIsDisabledMeanwhile) 
   EXPECT_EQ(log, (Log{L"over 5,6", L"leave"}));
 }
 
+TEST_F(DropTargetTest, TakesNothingOnAControlWhoseWindowWaits) {
+  const HWND control = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 50, 50, host.Handle(),
+                                       nullptr, GetModuleHandleW(nullptr), nullptr);
+  target.Register(control);
+  EXPECT_EQ(Enter(5, 6), DWORD{DROPEFFECT_COPY});
+
+  EnableWindow(host.Handle(), FALSE);  // a dialog is open; the control itself stays enabled
+
+  ASSERT_TRUE(IsWindowEnabled(control));
+  EXPECT_EQ(Over(5, 6), DWORD{DROPEFFECT_NONE});
+  EXPECT_EQ(Drop(5, 6), DWORD{DROPEFFECT_NONE});
+  EXPECT_EQ(log, (Log{L"over 5,6", L"leave"}));
+  EnableWindow(host.Handle(), TRUE);
+  target.Revoke();
+}
+
+TEST_F(DropTargetTest, TakesNothingWhileItsOwnerTakesNone) {
+  bool takes = false;
+  target.events.takes = [&] { return takes; };
+  EXPECT_EQ(Enter(5, 6), DWORD{DROPEFFECT_NONE});
+  EXPECT_EQ(Drop(5, 6), DWORD{DROPEFFECT_NONE});
+  EXPECT_EQ(log, Log{});
+  takes = true;
+  EXPECT_EQ(Drop(5, 6), DWORD{DROPEFFECT_COPY});
+}
+
 TEST_F(DropTargetTest, LetsNoExceptionOut) {
   const LastResort before = SetLastResort([](const char* what) {
     EXPECT_STREQ(what, "went wrong");

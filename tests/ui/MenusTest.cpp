@@ -46,6 +46,19 @@ TEST_F(MenusTest, BuildsTheBarWithEntriesAndSubmenus) {
   EXPECT_EQ(GetMenuItemID(import, 1), menus.IdOf(L"meu_Imput_Clipboard"));
 }
 
+TEST_F(MenusTest, AnEntryIsWithinReachWhileItAndAllMenusThatLeadToItAreEnabled) {
+  const auto reach = [this] { return menus.IsWithinReach(L"meu_Input_Dialog"); };
+  EXPECT_TRUE(reach());
+  for (const wchar_t* name : {L"meu_List", L"meu_Importfiles", L"meu_Input_Dialog"}) {
+    menus.Enable(name, false);
+    EXPECT_FALSE(reach()) << name;
+    EXPECT_TRUE(menus.IsWithinReach(L"meu_exit"));
+    menus.Enable(name, true);
+  }
+  EXPECT_TRUE(reach());
+  EXPECT_FALSE(menus.IsWithinReach(L"meu_nothing"));
+}
+
 TEST_F(MenusTest, NumbersTheEntriesInTheOrderOfTheTable) {
   EXPECT_EQ(menus.IdOf(L"meu_file"), 100u);
   EXPECT_EQ(menus.IdOf(L"meu_exit"), 104u);  // the separator before it took 103

@@ -101,6 +101,20 @@ TEST_F(TreeViewDragTest, AReleaseOutsideTheTreeCancels) {
   }
 }
 
+TEST_F(TreeViewDragTest, NoneBeginsAndNoneDropsWhileTheWindowWaitsForADialog) {
+  EnableWindow(host.Handle(), FALSE);
+  tree->BeginDrag(tree->At(1));
+  EXPECT_FALSE(tree->Dragging());
+  EnableWindow(host.Handle(), TRUE);
+
+  StartDrag();
+  EnableWindow(host.Handle(), FALSE);
+  Mouse(WM_LBUTTONUP, {50, 50});
+  EnableWindow(host.Handle(), TRUE);
+  EXPECT_EQ(log.back(), L"cancel");
+  EXPECT_FALSE(tree->Dragging());
+}
+
 TEST_F(TreeViewDragTest, OrdinaryEventsComeAgainAfterADrag) {
   StartDrag();
   Mouse(WM_LBUTTONUP, {50, 50});

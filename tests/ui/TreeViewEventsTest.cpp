@@ -286,7 +286,7 @@ TEST_F(TreeViewEventsTest, AClickElsewhereEndsTheEditAsTyped) {
 
   EXPECT_FALSE(tree.EditingLabel());
   EXPECT_EQ(a->Text(), L"Films");
-  EXPECT_EQ(log, (Log{L"down 1 0", L"edited Films", L"click B"}));
+  EXPECT_EQ(log, (Log{L"edited Films", L"down 1 0", L"click B"}));
 }
 
 TEST_F(TreeViewEventsTest, RemovingTheNodeUnderEditIsNoEdit) {

@@ -111,7 +111,10 @@ class DropTarget::Target final : public IDropTarget {
     if (std::exchange(over_, false) && owner_ != nullptr && owner_->events.dragLeave)
       owner_->events.dragLeave();
   }
-  bool Takes() const { return owner_ != nullptr && ::IsWindowEnabled(owner_->window_); }
+  bool Takes() const {
+    return owner_ != nullptr && IsReachable(owner_->window_) &&
+           (!owner_->events.takes || owner_->events.takes());
+  }
   POINT ToClient(POINTL screen) const {
     POINT point{screen.x, screen.y};
     ::ScreenToClient(owner_->window_, &point);

@@ -11,12 +11,13 @@
 namespace kestrelon::win {
 
 // Makes a control a target of OLE drag and drop. Points are client pixels; effects are DROPEFFECT_…, and what
-// the source does not allow is taken away from them. A disabled control takes nothing: no event is raised and
-// the effect is none; when it is disabled under a drag, the drag has left it. An exception of an event goes
-// to the last resort; the effect is none then.
+// the source does not allow is taken away from them. A control that is disabled, or in a window that is,
+// takes nothing: no event is raised and the effect is none; when that comes about under a drag, the drag has
+// left it. An exception of an event goes to the last resort; the effect is none then.
 class DropTarget {
  public:
   struct Events {
+    std::function<bool()> takes;  // false: as if it were disabled
     // The pointer came in or moved, or keys changed: the effect that a drop here would have.
     std::function<DWORD(IDataObject& data, POINT client)> dragOver;
     std::function<void()> dragLeave;  // it went, or the drag was given up

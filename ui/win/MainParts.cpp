@@ -18,6 +18,11 @@ std::wstring DecimalText(double value) {
 
 }  // namespace
 
+TreeNode* CurrentNode(MainParts& parts) {
+  TreeNode* const selected = parts.TreeView1.Selected();
+  return selected != nullptr && selected->Key() == CurrentCategory(parts) ? selected : nullptr;
+}
+
 void SetCurrentCategory(MainParts& parts, const std::wstring& shownText, const std::wstring& key) {
   parts.StatusBar1.SetPanelText(1, L"Category : " + shownText);
   parts.StatusBar1.SetPanelText(2, key);

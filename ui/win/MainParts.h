@@ -61,6 +61,8 @@ struct MainParts {
 
 // The key of the current category; empty when none is.
 inline std::wstring CurrentCategory(const MainParts& parts) { return parts.StatusBar1.PanelText(2); }
+// The category to work on: the selected one, as long as it is the current one too; null for none.
+TreeNode* CurrentNode(MainParts& parts);
 // Panels 1 and 2 together: panel 1 becomes "Category : " and `shownText` (a name or a path, empty for none),
 // panel 2 the key (empty: no category is current).
 void SetCurrentCategory(MainParts& parts, const std::wstring& shownText, const std::wstring& key);

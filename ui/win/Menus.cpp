@@ -13,10 +13,12 @@ void Menus::Create(Form& form, const MenuLine* lines, std::size_t count, UINT fi
   UniqueMenu bar(::CreateMenu());
   if (!bar) ThrowLastError(L"CreateMenu");
   std::vector<HMENU> open{bar.get()};  // by depth: the menu that entries of that depth go to
+  std::vector<std::wstring> above(1);  // and its name
   for (std::size_t i = 0; i < count; ++i) {
     const MenuLine& line = lines[i];
     const auto depth = static_cast<std::size_t>(line.depth);
     open.resize(depth + 1);
+    above.resize(depth + 1);
     MENUITEMINFOW item{};
     item.cbSize = sizeof item;
     item.fMask = MIIM_ID | MIIM_FTYPE;
@@ -31,12 +33,13 @@ void Menus::Create(Form& form, const MenuLine* lines, std::size_t count, UINT fi
       item.fMask |= MIIM_SUBMENU;
       item.hSubMenu = ::CreatePopupMenu();  // owned by the entry once that is inserted
       open.push_back(item.hSubMenu);
+      above.emplace_back(line.name);
     }
     const HMENU menu = open[depth];
     const auto position = static_cast<UINT>(::GetMenuItemCount(menu));
     if (!::InsertMenuItemW(menu, position, TRUE, &item)) ThrowLastError(L"InsertMenuItemW");
     if (line.name == nullptr) continue;
-    entries_[line.name] = {menu, position, item.wID, item.hSubMenu};
+    entries_[line.name] = {menu, position, item.wID, item.hSubMenu, above[depth]};
     names_[item.wID] = line.name;
     FormControl control;
     control.name = control.tag = line.name;
@@ -85,6 +88,11 @@ bool Menus::IsEnabled(std::wstring_view name) const {
   return Find(name) != nullptr && (StateOf(name) & MFS_DISABLED) == 0;
 }
 
+bool Menus::IsWithinReach(std::wstring_view name) const {
+  const Entry* entry = Find(name);
+  return entry != nullptr && IsEnabled(name) && (entry->parent.empty() || IsWithinReach(entry->parent));
+}
+
 void Menus::SetInert(std::wstring_view name) {
   inert_.emplace(name);
   Enable(name, false);
@@ -102,7 +110,8 @@ bool Menus::IsChecked(std::wstring_view name) const { return (StateOf(name) & MF
 
 void Menus::PopUp(std::wstring_view name, POINT screen) const {
   const Entry* entry = Find(name);
-  if (entry == nullptr || entry->submenu == nullptr) return;
+  if (entry == nullptr || entry->submenu == nullptr || !IsWithinReach(name)) return;
+  if (!::IsWindowEnabled(form_->Handle())) return;  // a dialog is open
   ::TrackPopupMenu(entry->submenu, TPM_LEFTALIGN | TPM_TOPALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, 0,
                    form_->Handle(), nullptr);
 }

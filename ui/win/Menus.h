@@ -33,6 +33,8 @@ class Menus {
   // An entry or a menu of the bar. The bar is drawn anew by the caller, once for all its changes.
   void Enable(std::wstring_view name, bool enabled);
   bool IsEnabled(std::wstring_view name) const;
+  // Could the user choose it: it is enabled, and so are the menus that lead to it?
+  bool IsWithinReach(std::wstring_view name) const;
   // An entry that has no command: grey for good, whatever Enable() is told.
   void SetInert(std::wstring_view name);
   bool IsInert(std::wstring_view name) const;
@@ -50,6 +52,7 @@ class Menus {
     UINT position = 0;
     UINT id = 0;
     HMENU submenu = nullptr;
+    std::wstring parent{};  // empty for the menus of the bar
   };
   const Entry* Find(std::wstring_view name) const;
   UINT StateOf(std::wstring_view name) const;  // MFS_…; 0 for a name that is not there

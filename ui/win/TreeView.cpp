@@ -147,7 +147,11 @@ std::vector<TreeNode*> TreeView::Subtree(TreeNode& node) {
 }
 
 void TreeView::Remove(TreeNode& node) {
+  // What is typed into a label that goes has nowhere to go.
+  if (!IsWithin(editedNode_, node)) EndLabelEdit();
   const ScopedFlag quiet(quiet_);
+  // Else the control would select a neighbour. Not every version of it asks whether it may.
+  if (IsWithin(Selected(), node)) Select(nullptr);
   const std::vector<TreeNode*> gone = Subtree(node);
   DeleteItem(node.item_);
   Unlink(node);
@@ -155,6 +159,7 @@ void TreeView::Remove(TreeNode& node) {
   for (TreeNode* removed : gone) {
     if (removed == dropHighlight_) dropHighlight_ = nullptr;
     if (removed == pressedNode_) pressedNode_ = nullptr;
+    if (removed == editedNode_) editedNode_ = nullptr;
     if (!removed->key_.empty()) byKey_.erase(removed->key_);
     firstGone = std::min(firstGone, removed->index_ - 1);
     removed->index_ = 0;
@@ -168,9 +173,10 @@ void TreeView::Remove(TreeNode& node) {
 
 void TreeView::Clear() {
   const ScopedFlag quiet(quiet_);
-  dropHighlight_ = pressedNode_ = nullptr;
+  dropHighlight_ = pressedNode_ = editedNode_ = nullptr;
   if (handle_ != nullptr) {
     const RedrawOff off(handle_);
+    Select(nullptr);
     DeleteItem(TVI_ROOT);
   }
   byKey_.clear();
@@ -180,9 +186,9 @@ void TreeView::Clear() {
 }
 
 void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
-  for (const TreeNode* above = &parent; above != nullptr; above = above->parent_)
-    if (above == &node) throw ControlError(kWouldMakeLoop, "This would introduce a cycle");
+  if (IsWithin(&parent, node)) throw ControlError(kWouldMakeLoop, "This would introduce a cycle");
 
+  EndLabelEdit();
   const ScopedFlag quiet(quiet_);
   const RedrawOff off(handle_);
   const std::vector<TreeNode*> moved = Subtree(node);
@@ -195,6 +201,7 @@ void TreeView::SetParent(TreeNode& node, TreeNode& parent) {
   const bool highlightMoved = std::find(moved.begin(), moved.end(), dropHighlight_) != moved.end();
 
   // The control cannot move an item: its subtree is taken out and put in again.
+  if (IsWithin(selected, node)) Select(nullptr);
   DeleteItem(node.item_);
   Unlink(node);
   Link(node, &parent, parent.lastChild_);
@@ -233,8 +240,15 @@ TreeNode* TreeView::Selected() {
   return NodeOf(reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, TVGN_CARET, 0)));
 }
 
+bool TreeView::IsWithin(const TreeNode* node, const TreeNode& branch) {
+  while (node != nullptr && node != &branch) node = node->parent_;
+  return node != nullptr;
+}
+
 void TreeView::Select(TreeNode* node) {
-  const ScopedFlag quiet(quiet_);
+  // The edit would live on, over a node that is selected no more.
+  if (!quiet_) EndLabelEdit();
+  const ScopedFlag quiet(quiet_), selecting(selecting_);
   Send(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node == nullptr ? nullptr : node->item_));
 }
 

@@ -74,13 +74,20 @@ class TreeNode {
 
 // The tree control with a model of its own: nodes with keys, in index order (the order of adding), in sibling
 // order. All look-ups by key, index, neighbour are constant in time.
+//
+// The selection is the user's and the caller's alone. What the control would select by itself, a first node
+// when it gets the focus, a neighbour of one that goes, is refused.
 class TreeView {
  public:
   // What happens in the tree, told to whoever owns it. Unset functions are not called. Points are client
   // pixels; shift: 1 Shift, 2 Ctrl, 4 Alt; button: 1 left, 2 right.
   struct Events {
-    std::function<void(TreeNode&)> nodeClick;  // clicked, or reached with the keyboard; not by Select()
-    // The text as typed; return false to keep the old one. Not called when the edit was given up.
+    // Clicked, or reached in another way that is the user's: with the keyboard, through a program that reads
+    // the screen, or left as the selected one by closing the branch that the selection was in. Not by
+    // Select().
+    std::function<void(TreeNode&)> nodeClick;
+    // The text as typed; return false to keep the old one. Not called when the edit was given up or left the
+    // text as it was. May show no box: the control is in the middle of ending the edit.
     std::function<bool(const std::wstring& newText)> afterLabelEdit;
     std::function<void(int keyCode, int shift)> keyDown;
     std::function<void(int button, int shift, POINT)> mouseDown, mouseMove, mouseUp;
@@ -115,6 +122,7 @@ class TreeView {
   void Remove(TreeNode& node);  // with its subtree
   void Clear();
   // Makes `node`, with its subtree, the last child of `parent`. Throws ControlError kWouldMakeLoop.
+  // Like Remove and Select it ends an edit first, with what was typed.
   void SetParent(TreeNode& node, TreeNode& parent);
 
   std::size_t Count() const { return nodes_.size(); }
@@ -144,6 +152,7 @@ class TreeView {
   void SetAutomaticLabelEdit(bool automatic) { automaticLabelEdit_ = automatic; }
   bool AutomaticLabelEdit() const { return automaticLabelEdit_; }
   void StartLabelEdit();  // on the selected node; needs the focus, and takes it
+  void EndLabelEdit();    // keeps what was typed; does nothing when no label is being edited
   bool EditingLabel() const;
 
   void SetImageList(UniqueImageList images);
@@ -162,6 +171,10 @@ class TreeView {
     return Send(message, wParam, reinterpret_cast<LPARAM>(parameter));
   }
   LRESULT OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam);
+  void Choose(TreeNode& node);  // selects it, as a click does
+  bool SelectByKey(WPARAM key);
+  void OnCollapsing(TreeNode* node);
+  LRESULT OnEndLabelEdit(const TVITEMW& item);
   void TellSwallowedRelease();
   // While a node is dragged: the result of a message that is no matter of the ordinary events.
   std::optional<LRESULT> OnDragMessage(UINT message, WPARAM wParam, LPARAM lParam);
@@ -174,6 +187,7 @@ class TreeView {
   void DeleteItem(HTREEITEM item);
   void Link(TreeNode& node, TreeNode* parent, TreeNode* previous);
   void Unlink(TreeNode& node);
+  static bool IsWithin(const TreeNode* node, const TreeNode& branch);  // itself or below it
   TreeNode* NodeOf(HTREEITEM item);
   std::vector<TreeNode*> Subtree(TreeNode& node);  // itself first, parents before children, siblings in order
 
@@ -188,13 +202,15 @@ class TreeView {
   std::uint64_t revision_ = 0;
   TreeNode* dropHighlight_ = nullptr;
   TreeNode* pressedNode_ = nullptr;  // under the left button's press that is being handled
+  TreeNode* editedNode_ = nullptr;   // its label is being edited
   MouseButtons buttons_;
   std::unique_ptr<NodeDrag> drag_;  // null: nothing is dragged
   bool dragGivenUp_ = false;        // and the button may still be down
   UniqueImageList images_;
   bool automaticLabelEdit_ = false;
   bool startingEdit_ = false;
-  bool quiet_ = false;  // our own changes of the selection raise no event
+  bool selecting_ = false;  // in Select(): what the control is about to select is what we want
+  bool quiet_ = false;      // our own changes of the selection raise no event
 };
 
 }  // namespace kestrelon::win

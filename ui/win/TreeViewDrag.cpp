@@ -7,6 +7,7 @@
 #include "app/base/File.h"
 #include "ui/win/NodeDrag.h"
 #include "ui/win/TreeView.h"
+#include "ui/win/Window.h"
 
 namespace kestrelon::win {
 
@@ -67,7 +68,7 @@ POINT NodeDrag::InWindow(POINT client) const {
 }
 
 void TreeView::BeginDrag(TreeNode& pictured) {
-  if (handle_ == nullptr || Dragging() || !::IsWindowEnabled(handle_)) return;
+  if (handle_ == nullptr || Dragging() || !IsReachable(handle_)) return;
   // Null without an image list: a drag without a picture.
   UniqueImageList picture(
       reinterpret_cast<HIMAGELIST>(Send(TVM_CREATEDRAGIMAGE, 0, reinterpret_cast<LPARAM>(pictured.item_))));
@@ -117,7 +118,7 @@ void TreeView::DropNode(POINT point) {
   ::GetClientRect(handle_, &area);
   const bool inside = ::PtInRect(&area, point) != FALSE;
   if (buttons_.Release(kLeft) && events.mouseUp) events.mouseUp(kLeft, ShiftState(), point);
-  if (inside && handle_ != nullptr) {
+  if (inside && handle_ != nullptr && IsReachable(handle_)) {
     if (events.dragDrop) events.dragDrop(point);
   } else if (events.dragCancel) {
     events.dragCancel();

@@ -16,6 +16,20 @@ constexpr int kLeft = 1, kRight = 2;
 // reason.
 constexpr WPARAM kEditLimit = 1000;
 
+// What a user presses. Releases and moves are not counted: what began before must come to its end.
+bool IsInput(UINT message) {
+  switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONDBLCLK:
+    case WM_KEYDOWN:
+    case WM_SYSKEYDOWN:
+    case WM_CHAR: return true;
+    default: return false;
+  }
+}
+
 HWND EditOf(HWND tree) { return reinterpret_cast<HWND>(::SendMessageW(tree, TVM_GETEDITCONTROL, 0, 0)); }
 
 }  // namespace
@@ -27,6 +41,8 @@ LRESULT CALLBACK TreeView::Procedure(HWND window, UINT message, WPARAM wParam, L
 
 LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam) {
   const POINT point = PointOf(lParam);
+  // Before anything becomes of the press, or what was typed would be taken for the name of what it selects.
+  EndLabelEdit();
   buttons_.Press(button);
   if (button == kLeft) dragGivenUp_ = false;
   if (events.mouseDown) events.mouseDown(button, ShiftState(), point);
@@ -38,12 +54,42 @@ LRESULT TreeView::OnPress(int button, UINT message, WPARAM wParam, LPARAM lParam
   }
   pressedNode_ = HitTest(point);
   const LRESULT result = Send(message, wParam, lParam);
-  TreeNode* const clicked = std::exchange(pressedNode_, nullptr);
-  if (clicked != nullptr && events.nodeClick) events.nodeClick(*clicked);
+  if (TreeNode* const clicked = std::exchange(pressedNode_, nullptr)) Choose(*clicked);
   return result;
 }
 
+void TreeView::Choose(TreeNode& node) {
+  if (Selected() != &node) Select(&node);
+  if (events.nodeClick) events.nodeClick(node);
+}
+
+// With nothing selected the control does not know where a key goes from: it goes to the first node, or to the
+// last.
+bool TreeView::SelectByKey(WPARAM key) {
+  switch (key) {
+    case VK_UP:
+    case VK_DOWN:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_HOME:
+    case VK_END:
+    case VK_PRIOR:
+    case VK_NEXT: break;
+    default: return false;
+  }
+  if (handle_ == nullptr || Selected() != nullptr) return false;
+  const WPARAM place = key == VK_END || key == VK_NEXT ? TVGN_LASTVISIBLE : TVGN_ROOT;
+  TreeNode* const node = NodeOf(reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, place, 0)));
+  if (node == nullptr) return false;
+  EnsureVisible(*node);
+  Choose(*node);
+  return true;
+}
+
 LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  // A dialog waits for its end, or a long operation runs. No hand reaches the tree then, but a message that
+  // was posted before does, and one that another program posts.
+  if (IsInput(message) && !IsReachable(handle_)) return 0;
   if (Dragging()) {
     const std::optional<LRESULT> handled = OnDragMessage(message, wParam, lParam);
     if (handled) return *handled;
@@ -71,11 +117,20 @@ LRESULT TreeView::OnControlMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_KEYDOWN:
     case WM_SYSKEYDOWN:
       if (events.keyDown) events.keyDown(static_cast<int>(wParam), ShiftState());
-      return Send(message, wParam, lParam);
+      return message == WM_KEYDOWN && SelectByKey(wParam) ? 0 : Send(message, wParam, lParam);
     case WM_CHAR:
       // Enter, Escape and Ctrl with a letter look for no node; the control would beep.
       if (wParam < L' ') return 0;
       return Send(message, wParam, lParam);
+    case TVM_SELECTITEM: {
+      // Our own go straight to the control: this one is another program's, which acts for the user.
+      if (wParam != TVGN_CARET) return Send(message, wParam, lParam);
+      TreeNode* const node = NodeOf(reinterpret_cast<HTREEITEM>(lParam));
+      if (node == nullptr || !IsReachable(handle_)) return FALSE;
+      EnsureVisible(*node);
+      Choose(*node);
+      return TRUE;
+    }
     case WM_SETFOCUS:
       result = Send(message, wParam, lParam);
       if (events.gotFocus) events.gotFocus();
@@ -112,10 +167,50 @@ void TreeView::StartLabelEdit() {
   startingEdit_ = false;
 }
 
-bool TreeView::EditingLabel() const { return EditOf(handle_) != nullptr; }
+void TreeView::EndLabelEdit() {
+  if (handle_ != nullptr && EditingLabel()) Send(TVM_ENDEDITLABELNOW, FALSE, 0);
+}
+
+bool TreeView::EditingLabel() const { return Send(TVM_GETEDITCONTROL, 0, 0) != 0; }
+
+void TreeView::OnCollapsing(TreeNode* node) {
+  TreeNode* const selected = Selected();
+  if (node == nullptr || selected == node || !IsWithin(selected, *node)) return;
+  // The selection cannot stay where it is not seen. The control would move it as well, in some versions
+  // without a word.
+  Choose(*node);
+}
+
+LRESULT TreeView::OnEndLabelEdit(const TVITEMW& item) {
+  editedNode_ = nullptr;
+  if (quiet_ || item.pszText == nullptr) return FALSE;
+  // The notification may carry no more than the first 259 units of what was typed.
+  std::wstring text = item.pszText;
+  if (const HWND edit = EditOf(handle_)) {
+    text.resize(static_cast<std::size_t>(::GetWindowTextLengthW(edit)));
+    text.resize(
+        static_cast<std::size_t>(::GetWindowTextW(edit, text.data(), static_cast<int>(text.size()) + 1)));
+  }
+  TreeNode* const node = NodeOf(item.hItem);
+  // Some versions of the control tell of a text that was left as it was, others do not.
+  if (node == nullptr || text == node->text_) return FALSE;
+  if (events.afterLabelEdit && !events.afterLabelEdit(text)) return FALSE;
+  SetText(*node, text);
+  return TRUE;
+}
 
 LRESULT TreeView::OnNotify(const NMHDR& header) {
   switch (header.code) {
+    case TVN_SELCHANGINGW: {
+      const UINT action = reinterpret_cast<const NMTREEVIEWW&>(header).action;
+      return !selecting_ && action != TVC_BYMOUSE && action != TVC_BYKEYBOARD;
+    }
+    case TVN_ITEMEXPANDINGW: {
+      const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
+      EndLabelEdit();
+      if ((change.action & TVE_TOGGLE) == TVE_COLLAPSE) OnCollapsing(NodeOf(change.itemNew.hItem));
+      return FALSE;
+    }
     case TVN_SELCHANGEDW: {
       const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
       if (quiet_ || change.action != TVC_BYKEYBOARD) return 0;
@@ -125,24 +220,13 @@ LRESULT TreeView::OnNotify(const NMHDR& header) {
     }
     case TVN_BEGINLABELEDITW: {
       const LRESULT refused = automaticLabelEdit_ || startingEdit_ ? FALSE : TRUE;
-      if (!refused) ::SendMessageW(EditOf(handle_), EM_SETLIMITTEXT, kEditLimit, 0);
+      if (!refused) {
+        editedNode_ = NodeOf(reinterpret_cast<const NMTVDISPINFOW&>(header).item.hItem);
+        ::SendMessageW(EditOf(handle_), EM_SETLIMITTEXT, kEditLimit, 0);
+      }
       return refused;
     }
-    case TVN_ENDLABELEDITW: {
-      const TVITEMW& item = reinterpret_cast<const NMTVDISPINFOW&>(header).item;
-      if (quiet_ || item.pszText == nullptr) return FALSE;
-      // The notification may carry no more than the first 259 units of what was typed.
-      std::wstring text = item.pszText;
-      if (const HWND edit = EditOf(handle_)) {
-        text.resize(static_cast<std::size_t>(::GetWindowTextLengthW(edit)));
-        text.resize(
-            static_cast<std::size_t>(::GetWindowTextW(edit, text.data(), static_cast<int>(text.size()) + 1)));
-      }
-      TreeNode* const node = NodeOf(item.hItem);
-      if (node == nullptr || (events.afterLabelEdit && !events.afterLabelEdit(text))) return FALSE;
-      SetText(*node, text);
-      return TRUE;
-    }
+    case TVN_ENDLABELEDITW: return OnEndLabelEdit(reinterpret_cast<const NMTVDISPINFOW&>(header).item);
     default: return 0;
   }
 }

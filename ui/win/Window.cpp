@@ -44,6 +44,10 @@ HICON ProgramIcon(int pixels) {
                                          IMAGE_ICON, pixels, pixels, LR_DEFAULTCOLOR | LR_SHARED));
 }
 
+bool IsReachable(HWND control) {
+  return ::IsWindowEnabled(control) && ::IsWindowEnabled(::GetAncestor(control, GA_ROOT));
+}
+
 LastResort SetLastResort(LastResort handler) { return std::exchange(lastResort, handler); }
 
 void ReportToLastResort(const char* what) { lastResort(what); }

@@ -53,6 +53,10 @@ class Window {
   unsigned dpi_ = 0;  // as the last WM_DPICHANGED said; 0 before the window is made
 };
 
+// Can the user reach this control? It is enabled, and so is the window that it is in, which waits while a
+// dialog is open.
+bool IsReachable(HWND control);
+
 // What the last resort does with an exception that left a handler; the default shows a box. Tests make it a
 // failure.
 using LastResort = void (*)(const char* what);
