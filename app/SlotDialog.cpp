@@ -125,6 +125,7 @@ LRESULT Save::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void Load::Command2_Click(int slot) {
   if (slot >= kSlots) return;
+  if (parts_.settleComment) parts_.settleComment();
   store::LoadData(parts_, SlotFile(slot));
   Close();
 }

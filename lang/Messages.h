@@ -34,11 +34,37 @@ inline constexpr MessageText kCannotWriteToFolder{22, L"Can not write to this fo
 inline constexpr MessageText kNoSystemInformation{23,
                                                   L"System information is not available on this computer."};
 
+inline constexpr MessageText kNoDoubleQuote{40,
+                                            L"A double quote cannot be stored. Use \u201C \u201D instead."};
+// Behind it a number.
+inline constexpr MessageText kPathTooLong{41, L"The path is longer than 259 characters; left out: "};
+inline constexpr MessageText kTooManyFiles{
+    42, L"Too many files were selected at once. None was added; please select fewer."};
+// Before each of these two stands the name that it is about, on a line of its own.
+inline constexpr MessageText kReplaceFileQuestion{
+    43, L"A file of this name is in the folder already. Replace it?"};
+inline constexpr MessageText kSaveCommentQuestion{44, L"The comment was changed. Save it?"};
+
 // Every message, in order of number: the language files are checked against it.
-inline constexpr MessageText kMessages[] = {
-    kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
-    kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
-    kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected,
-    kSkippedAtImport,        kCannotWriteToFolder, kNoSystemInformation};
+inline constexpr MessageText kMessages[] = {kExitQuestion,
+                                            kReplaceQuestion,
+                                            kSelectCategoryFirst,
+                                            kSelectCategoryToImport,
+                                            kSelectCategoryToDropOn,
+                                            kNoCategorySelected,
+                                            kDeleteCategoryQuestion,
+                                            kCannotOpenFile,
+                                            kOperationFinished,
+                                            kDeleteItemsQuestion,
+                                            kDeleteFilesQuestion,
+                                            kNoItemSelected,
+                                            kSkippedAtImport,
+                                            kCannotWriteToFolder,
+                                            kNoSystemInformation,
+                                            kNoDoubleQuote,
+                                            kPathTooLong,
+                                            kTooManyFiles,
+                                            kReplaceFileQuestion,
+                                            kSaveCommentQuestion};
 
 }  // namespace kestrelon::lang
