@@ -273,7 +273,7 @@ void MainForm::ScaleColumnWidths(unsigned oldDpi, unsigned newDpi) {
 
 void MainForm::ShowSortArrow() {
   const int column = ListView1_.SortKey();
-  if (!listHelpers_.sortIcons || column < 0) return;
+  if (!listHelpers_.sortIcons || !ListView1_.InSortOrder()) return;
   const bool descending = ListView1_.HeaderTag(static_cast<std::size_t>(column)) != 0;
   listHelpers_.sortIcons->ShowSortIcon(ListView1_.Handle(), column, descending);
 }
@@ -392,6 +392,7 @@ void MainForm::OnClose() {
 }
 
 bool MainForm::Form_QueryUnload() {
+  if (parts_.settleComment) parts_.settleComment();
   win::InRoutine(world_, Handle(), L"Form_QueryUnload Error:", false, [&] {
     win::WriteViewSettings(parts_);
     return true;

@@ -135,6 +135,7 @@ void Load::Command2_Click(int slot) {
 }
 
 void Load::LoadFrom(const std::wstring& fileName) {
+  if (parts_.settleComment) parts_.settleComment();
   store::LoadData(parts_, fileName);
   items::EnableItemCommands(parts_);  // no item is selected any more
   Close();

@@ -23,12 +23,14 @@ std::vector<std::wstring> ReadClipboardFiles(HWND owner) {
   const win::Finally close([] { ::CloseClipboard(); });
   const auto list = static_cast<HDROP>(::GetClipboardData(CF_HDROP));  // stays the clipboard's
   if (list == nullptr) return {};
-  std::vector<std::wstring> paths(::DragQueryFileW(list, kCount, nullptr, 0));
-  UINT number = 0;
-  for (std::wstring& path : paths) {
+  std::vector<std::wstring> paths;
+  const UINT count = ::DragQueryFileW(list, kCount, nullptr, 0);
+  for (UINT i = 0; i < count; ++i) {
     wchar_t buffer[MAX_PATH] = {};
-    ::DragQueryFileW(list, number++, buffer, MAX_PATH);
-    path = CutAtNul({buffer, MAX_PATH});
+    ::DragQueryFileW(list, i, buffer, MAX_PATH);
+    std::wstring path = CutAtNul({buffer, MAX_PATH});
+    // What some systems find in an empty list, and what cannot be read, is an empty name.
+    if (!path.empty()) paths.push_back(std::move(path));
   }
   return paths;
 }

@@ -4,9 +4,12 @@
 
 #include <commdlg.h>
 
+#include <optional>
+
 #include "app/base/File.h"
 #include "import/AddFiles.h"
 #include "lang/Messages.h"
+#include "lang/SelectLanguage.h"
 #include "ui/win/Boxes.h"
 
 namespace kestrelon::imports {
@@ -53,7 +56,13 @@ void meu_Input_Dialog_Click(win::MainParts& parts) {
     request.filterIndex = kAllFiles;
     request.flags = kFlags;
     request.maximumSize = 32000;
-    const auto returned = parts.world.openFiles(request);
+    std::optional<std::wstring> returned;
+    try {
+      returned = parts.world.openFiles(request);
+    } catch (const TooManyFiles&) {
+      win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kTooManyFiles),
+                  parts.program.productName);
+    }
     if (!returned) return false;
     const std::vector<std::wstring> paths = PathsOfSelection(*returned);
     if (paths.empty()) return false;

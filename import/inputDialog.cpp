@@ -84,11 +84,19 @@ void inputDialog::Form_Load() {
 void inputDialog::Form_Unload() { hook_.Remove(); }
 
 void inputDialog::ShowClipboardFiles() {
+  // The rows that are being inserted are those that the user sees.
+  clipboardChanged_ = inserting_;
+  if (inserting_) return;
   ListView1_.Clear();
-  SetControlCaption(*Label1_, L"");
+  RowsReplaced();
   std::vector<std::wstring> paths = ReadClipboardFiles(Handle());
   std::erase_if(paths, win::IsPlainFolder);
   ListView1_.SetRows(std::move(paths));
+}
+
+void inputDialog::RowsReplaced() {
+  SetControlCaption(*Label1_, L"");
+  ::SendMessageW(Check1_->window, BM_SETCHECK, BST_UNCHECKED, 0);
 }
 
 void inputDialog::Check1_Click() {
@@ -104,29 +112,48 @@ void inputDialog::Command1_Click(int index) {
     Close();
     return;
   }
-  win::InRoutine(parts_.world, Handle(), L"Command1_Click Error:", false, [&] {
-    InsertTicked();
-    if (::SendMessageW(Check1_->window, BM_GETCHECK, 0, 0) == BST_CHECKED) {
-      ::SendMessageW(Check1_->window, BM_SETCHECK, BST_UNCHECKED, 0);
-      Check1_Click();
-    }
-    return true;
-  });
+  {
+    const win::ScopedFlag inserting(inserting_);
+    win::InRoutine(parts_.world, Handle(), L"Command1_Click Error:", false, [&] {
+      InsertTicked();
+      if (::SendMessageW(Check1_->window, BM_GETCHECK, 0, 0) == BST_CHECKED) {
+        ::SendMessageW(Check1_->window, BM_SETCHECK, BST_UNCHECKED, 0);
+        Check1_Click();
+      }
+      return true;
+    });
+  }
+  if (clipboardChanged_ && Handle() != nullptr) win::Quietly([this] { ShowClipboardFiles(); });
 }
 
 void inputDialog::InsertTicked() {
   const std::wstring key = TargetCategory(parts_, lang::kSelectCategoryToImport);
   if (key.empty()) return;
+  std::vector<std::size_t> rows = ListView1_.TickedRows();
   std::vector<std::wstring> paths;
-  for (const std::size_t row : ListView1_.TickedRows()) paths.push_back(ListView1_.Text(row));
-  if (!paths.empty()) AddFiles(parts_, key, paths, {.oneTime = true});
-  ListView1_.RemoveTicked();
+  for (const std::size_t row : rows) paths.push_back(ListView1_.Text(row));
+  const auto remove = [&] {
+    if (rows.empty()) return;
+    ListView1_.RemoveRows(rows);
+    RowsReplaced();
+  };
+  if (!paths.empty()) {
+    AddFiles(parts_, key, paths, {.oneTime = true}, [&](std::size_t added) {
+      // A second try must not add these again.
+      rows.resize(added);
+      remove();
+    });
+  }
+  remove();
   SetControlCaption(*Label1_, L"");
   win::MarkChanged(parts_);  // also when nothing was ticked. Required so.
 }
 
 LRESULT inputDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
+    case WM_CLOSE:
+      if (inserting_) return 0;  // a box that belongs to the main window leaves this one within reach
+      break;
     case WM_NOTIFY: {
       const auto& header = *reinterpret_cast<const NMHDR*>(lParam);
       if (header.hwndFrom != nullptr && header.hwndFrom == ListView1_.Handle())
@@ -139,7 +166,7 @@ LRESULT inputDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void inputDialog::OnControl(win::FormControl& control, UINT code) {
-  if (code != BN_CLICKED) return;
+  if (code != BN_CLICKED || inserting_) return;
   if (control.name == L"Check1") Check1_Click();
   if (control.name == L"Command1") Command1_Click(control.index);
 }

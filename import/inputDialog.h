@@ -33,11 +33,14 @@ class inputDialog : public win::Form {
   void Command1_Click(int index);
   void ShowClipboardFiles();
   void InsertTicked();
+  void RowsReplaced();  // by rows that are not ticked: the label and the box that ticks all follow
 
   win::MainParts& parts_;
   win::CheckList ListView1_;  // of full paths
   win::FormControl* Label1_ = nullptr;
   win::FormControl* Check1_ = nullptr;
+  bool inserting_ = false;         // boxes may be open meanwhile, and let messages in
+  bool clipboardChanged_ = false;  // while that went on
   ClipboardHook hook_;
 };
 

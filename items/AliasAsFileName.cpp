@@ -5,10 +5,13 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "app/base/File.h"
+#include "app/base/FileNames.h"
 #include "items/EditItem.h"
+#include "items/ShellFiles.h"
 #include "store/SharedConnection.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/CommandsOff.h"
@@ -21,24 +24,51 @@ bool RenameFile(win::MainParts& parts, const std::wstring& from, const std::wstr
   return parts.world.shellFileOperation(parts.form.Handle(), FO_RENAME, from, to, FOF_NOERRORUI);
 }
 
-// Would the new path lie in another folder? It does when the alias holds a separator, when the last "." of
-// the path belongs to a folder, and when the path names no folder. To rename is not to move, also where the
-// shell would do it.
-bool LeavesTheFolder(std::wstring_view from, std::wstring_view to) {
-  const std::wstring folder = FolderOfPath(from);
-  return folder.empty() || to.substr(folder.size()).find_first_of(L"\\/") != std::wstring_view::npos;
+// The name of a file as its folder spells it; empty when there is none.
+std::wstring NameOnDisk(const std::wstring& path) {
+  WIN32_FIND_DATAW entry;
+  const HANDLE search = ::FindFirstFileW(path.c_str(), &entry);
+  if (search == INVALID_HANDLE_VALUE) return {};
+  ::FindClose(search);
+  return entry.cFileName;
 }
 
-void NameFileAsItem(win::MainParts& parts, std::size_t row) {
+// The name that the file at the new path will have in its folder. The "." before an extension that is not
+// there is the system's to drop; the new path may only lie in the same folder, for to rename is not to move.
+std::wstring NewNameOf(const std::wstring& file, const std::wstring& newPath) {
+  std::wstring name = newPath.substr(FolderOfPath(file).size());
+  if (ExtensionOf(file).empty() && name.ends_with(L'.')) name.pop_back();
+  return name;
+}
+
+// The shell is asked only where nothing is in the way: it might find a name of its own for the file, or
+// replace another one.
+bool CanBeRenamed(const std::wstring& file, const std::wstring& newPath) {
+  if (file == newPath || !IsThere(file)) return false;
+  return EqualNoCase(file, newPath) || !IsThere(newPath);
+}
+
+// What the shell says is not enough: is the file where the item will say that it is?
+bool WasRenamed(const std::wstring& file, const std::wstring& newPath) {
+  if (EqualNoCase(file, newPath)) return NameOnDisk(newPath) == NewNameOf(file, newPath);
+  return !IsThere(file) && IsThere(newPath);
+}
+
+void NameFileAsItem(win::MainParts& parts, std::size_t row, TooLongPaths& tooLong) {
   const win::ListRow& item = parts.ListView1.Rows()[row];
-  const std::wstring alias(item.Text(kAliasColumn)), path(item.Text(kPathColumn)), fileIndex(item.Tag());
-  if (alias.empty() || path.empty()) return;
-  const std::wstring newPath = PathNamedAs(alias, path);
-  if (LeavesTheFolder(path, newPath) || !RenameFile(parts, path, newPath)) return;
-  const std::wstring newName = FileNameOfPath(newPath);
-  if (!ChangeItem(parts, FileNameStatement(newName, newPath, fileIndex))) {
+  const std::wstring alias(item.Text(kAliasColumn)), fileIndex(item.Tag());
+  const std::optional<std::wstring> file = ShellPathOf(item.Text(kPathColumn));
+  if (alias.empty() || !file) return;
+  const std::wstring newPath = PathNamedAs(alias, *file), newName = FileNameOfPath(newPath);
+  if (!IsFileName(NewNameOf(*file, newPath)) || tooLong.Refuse(*file, newPath) ||
+      !CanBeRenamed(*file, newPath))
+    return;
+  // Before the file is renamed: a text that no statement takes is none to begin with.
+  const std::wstring statement = FileNameStatement(newName, newPath, fileIndex);
+  if (!RenameFile(parts, *file, newPath) || !WasRenamed(*file, newPath)) return;
+  if (ChangeItem(parts, [&] { return statement; })) {
     // Else the item would point to a file that is gone.
-    RenameFile(parts, newPath, path);
+    RenameFile(parts, newPath, *file);
     return;
   }
   parts.ListView1.SetText(row, kPathColumn, newPath);
@@ -64,11 +94,13 @@ void meu_Definenameasfilename_Click(win::MainParts& parts) {
     store::Opened connection(parts.connection);
     // While the window goes on living, nothing may change the rows.
     const win::CommandsOff off(parts, {L"meu_file", L"meu_Category", L"meu_List"});
+    TooLongPaths tooLong;
     for (const std::size_t row : rows) {
       if (parts.closeRequested) break;
-      NameFileAsItem(parts, row);
+      win::Quietly([&] { NameFileAsItem(parts, row, tooLong); });
       win::DoEvents();
     }
+    tooLong.Tell(parts);
     connection.Close();
   });
 }

@@ -17,8 +17,9 @@ std::wstring FileNameStatement(std::wstring_view fileName, std::wstring_view pat
                                std::wstring_view fileIndex);
 
 // Renames the files of the selected rows on disk, each to its alias, and changes table and list along with
-// them. Rows without alias or path are skipped. Where the disk or the table refuses, the row stays as it was;
-// nothing is shown, and the next row has its turn.
+// them. Rows without alias or path are skipped. Where the alias is no name for a file, another file has the
+// name, or the disk or the table refuses, the row stays as it was; nothing is shown, and the next row has its
+// turn. Only of paths that are too long a box tells at the end.
 void meu_Definenameasfilename_Click(win::MainParts& parts);
 
 }  // namespace kestrelon::items

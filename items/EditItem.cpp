@@ -2,8 +2,12 @@
 
 #include <algorithm>
 
+#include "app/base/File.h"
+#include "lang/Messages.h"
+#include "lang/SelectLanguage.h"
+#include "store/Schema.h"
 #include "store/SharedConnection.h"
-#include "ui/win/Boxes.h"
+#include "ui/win/StoredText.h"
 
 namespace kestrelon::items {
 
@@ -15,14 +19,22 @@ std::optional<std::size_t> RowOfItem(const win::ListView& list, std::wstring_vie
   return static_cast<std::size_t>(found - rows.begin());
 }
 
-bool ChangeItem(win::MainParts& parts, const std::wstring& statement) {
-  const bool changed = win::Quietly([&] {
+std::optional<std::wstring> ChangeItem(win::MainParts& parts,
+                                       const std::function<std::wstring()>& statement) {
+  try {
     store::Opened connection(parts.connection);
-    connection->Execute(statement);
+    connection->Execute(statement());
     connection.Close();
-  });
-  if (changed) win::MarkChanged(parts);
-  return changed;
+  } catch (const std::exception& error) {
+    return Widen(error.what());
+  }
+  win::MarkChanged(parts);
+  return std::nullopt;
+}
+
+void StoreIn(const win::MainParts& parts, const win::FormControl& textBox, std::u16string_view column) {
+  win::TakeStorableText(textBox.window, store::LongestText(column),
+                        lang::Message(parts.program, lang::kNoDoubleQuote));
 }
 
 }  // namespace kestrelon::items

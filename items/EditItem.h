@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "ui/win/Form.h"
 #include "ui/win/MainParts.h"
 
 namespace kestrelon::items {
@@ -18,7 +20,12 @@ inline constexpr std::size_t kAliasColumn = 1, kFileNameColumn = 2, kPathColumn 
 // The row that shows an item now; nullopt when the list no longer shows it.
 std::optional<std::size_t> RowOfItem(const win::ListView& list, std::wstring_view fileIndex);
 
-// Runs one statement that changes an item. A failure is not told to the user: false, and nothing has changed.
-bool ChangeItem(win::MainParts& parts, const std::wstring& statement);
+// Runs the one statement that changes an item, which the function makes. Shows nothing. Returns what went
+// wrong, for the user's eyes; nothing has changed then.
+std::optional<std::wstring> ChangeItem(win::MainParts& parts, const std::function<std::wstring()>& statement);
+
+// For every text box whose text goes into a column of the items' table: it takes what the column takes, see
+// win::TakeStorableText.
+void StoreIn(const win::MainParts& parts, const win::FormControl& textBox, std::u16string_view column);
 
 }  // namespace kestrelon::items

@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "app/base/File.h"
+#include "app/base/FileNames.h"
 #include "items/EditItem.h"
 #include "items/ItemCommands.h"
 #include "items/ItemInformation.h"
+#include "items/ShellFiles.h"
 #include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
@@ -36,6 +38,7 @@ constexpr WORD kDeleteFlags = FOF_SILENT | FOF_NOCONFIRMATION | FOF_ALLOWUNDO | 
 struct Item {
   std::size_t row;
   std::wstring fileIndex, path;
+  std::optional<std::wstring> file;  // what the shell is given for the path; nothing when it names no file
   bool operator==(const Item&) const = default;
 };
 
@@ -43,7 +46,8 @@ std::vector<Item> SelectedItems(const win::ListView& list) {
   std::vector<Item> items;
   for (const std::size_t row : list.SelectedRows()) {
     const win::ListRow& item = list.Rows()[row];
-    items.push_back({row, std::wstring(item.Tag()), std::wstring(item.Text(kPathColumn))});
+    items.push_back({row, std::wstring(item.Tag()), std::wstring(item.Text(kPathColumn)),
+                     ShellPathOf(item.Text(kPathColumn))});
   }
   return items;
 }
@@ -53,16 +57,6 @@ std::optional<std::size_t> RowOf(const win::ListView& list, const Item& item) {
   const std::vector<win::ListRow>& rows = list.Rows();
   if (item.row < rows.size() && rows[item.row].Tag() == item.fileIndex) return item.row;
   return RowOfItem(list, item.fileIndex);
-}
-
-// To the shell a wildcard stands for every file that fits, and what follows a NUL is another file. A path
-// that the user edited may hold them; it then names no file.
-bool NamesOneFile(std::wstring_view path) {
-  return !path.empty() && path.find_first_of(std::wstring_view(L"*?\0", 3)) == std::wstring_view::npos;
-}
-
-bool IsThere(const std::wstring& path) {
-  return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 // The folder that the user chooses, ending in a backslash; empty when there is none to work with.
@@ -77,9 +71,10 @@ std::wstring ChooseFolder(win::MainParts& parts) {
   return folder;
 }
 
-// Runs `act` for each item whose server answers, with "Copying : " or the like and the path in panel 1. The
-// window lives on meanwhile with its commands off; a request to close it ends the work after the present
-// item. Returns false then.
+// Runs `act` for each item whose server answers, with "Copying : " or the like and the path in panel 1; it is
+// given the file in the form that the shell takes, and returns whether to go on. The window lives on
+// meanwhile with its commands off; a request to close it ends the work after the present item. Returns false
+// then.
 template <class Act>
 bool ForEachFile(win::MainParts& parts, const std::vector<Item>& items, const wchar_t* doing, Act act) {
   const win::Finally categoryAgain([&] {
@@ -88,53 +83,75 @@ bool ForEachFile(win::MainParts& parts, const std::vector<Item>& items, const wc
   });
   win::ProgressText progress(parts.StatusBar1);
   for (const Item& item : items) {
+    bool goOn = true;
     if (ServerAnswers(parts.world, item.path)) {
       progress.Show(doing + item.path);
-      if (NamesOneFile(item.path)) act(item);
+      if (item.file) goOn = act(item, *item.file);
     }
     win::DoEvents();
     if (parts.closeRequested) return false;
+    if (!goOn) break;
   }
   return true;
 }
 
-// The path after the move; nothing when the file was not moved.
-std::optional<std::wstring> MoveFileTo(win::MainParts& parts, const std::wstring& path,
-                                       const std::wstring& folder) {
-  std::wstring newPath = folder + FileNameOfPath(path);
-  // A file that is not there counts as moved on some systems; one that is in the folder already would be
-  // moved onto itself.
-  if (!IsThere(path) || EqualNoCase(path, newPath)) return std::nullopt;
-  if (!parts.world.shellFileOperation(parts.form.Handle(), FO_MOVE, path, folder, kMoveFlags)) {
-    return std::nullopt;
-  }
-  if (IsThere(path) || !IsThere(newPath)) return std::nullopt;
-  return newPath;
+// What the user answers: IDYES to replace, IDNO to leave this file, IDCANCEL to leave it and those that
+// follow.
+int AskToReplace(win::MainParts& parts, const std::wstring& path) {
+  return parts.world.messageBox(
+      parts.form.Handle(),
+      FileNameOfPath(path) + L"\n\n" + lang::Message(parts.program, lang::kReplaceFileQuestion),
+      parts.program.productName, MB_YESNOCANCEL | MB_ICONQUESTION | MB_DEFBUTTON2);
 }
 
-void MoveItem(win::MainParts& parts, store::SharedConnection& connection, const Item& item,
-              const std::wstring& folder) {
-  const std::optional<std::wstring> newPath = MoveFileTo(parts, item.path, folder);
-  if (!newPath) return;
+// True when the file is at the new path then, and no longer at the old one.
+bool MoveFileTo(win::MainParts& parts, const std::wstring& path, const std::wstring& folder,
+                const std::wstring& newPath) {
+  return parts.world.shellFileOperation(parts.form.Handle(), FO_MOVE, path, folder, kMoveFlags) &&
+         !IsThere(path) && IsThere(newPath);
+}
+
+// One "Move to folder".
+struct Move {
+  win::MainParts& parts;
+  store::SharedConnection& connection;  // open
+  const std::wstring& folder;
+  TooLongPaths tooLong;
+};
+
+// False when no other file is to be moved.
+bool MoveItem(Move& move, const Item& item, const std::wstring& file) {
+  win::MainParts& parts = move.parts;
+  const std::wstring target = move.folder + FileNameOfPath(file);
+  // A file that is not there counts as moved on some systems; one that is in the folder already would be
+  // moved onto itself.
+  if (move.tooLong.Refuse(file, target) || !IsThere(file) || EqualNoCase(file, target)) return true;
+  if (IsThere(target)) {
+    const int answer = AskToReplace(parts, target);
+    if (answer != IDYES) return answer == IDNO;
+  }
+  // Before the file is moved: a text that no statement takes is none to begin with.
+  const std::wstring statement = L"UPDATE FTable SET LocalFile=" + store::Quoted(target) +
+                                 L" WHERE FileIndex=" + store::Quoted(item.fileIndex);
+  if (!MoveFileTo(parts, file, move.folder, target)) return true;
   bool recorded = false;
   const win::Finally moveBack([&] {
     // The table still has the old path.
     if (!recorded) {
-      parts.world.shellFileOperation(parts.form.Handle(), FO_MOVE, *newPath, FolderOfPath(item.path),
-                                     kMoveFlags);
+      parts.world.shellFileOperation(parts.form.Handle(), FO_MOVE, target, FolderOfPath(file), kMoveFlags);
     }
   });
-  connection.Execute(L"UPDATE FTable SET LocalFile=" + store::Quoted(*newPath) + L" WHERE FileIndex=" +
-                     store::Quoted(item.fileIndex));
+  move.connection.Execute(statement);
   recorded = true;
   win::MarkChanged(parts);
-  if (const auto row = RowOf(parts.ListView1, item)) parts.ListView1.SetText(*row, kPathColumn, *newPath);
+  if (const auto row = RowOf(parts.ListView1, item)) parts.ListView1.SetText(*row, kPathColumn, target);
+  return true;
 }
 
 // Takes the items out of the table and the list, from the last to the first. After a failure those are gone
 // from both that it had come to.
 void DeleteItems(win::MainParts& parts, store::SharedConnection& connection, const std::vector<Item>& items,
-                 bool deleteFiles) {
+                 bool deleteFiles, TooLongPaths& tooLong) {
   auto item = items.rbegin();
   const win::Finally removeRows([&] {
     std::vector<std::size_t> rows;
@@ -147,11 +164,12 @@ void DeleteItems(win::MainParts& parts, store::SharedConnection& connection, con
     EnableItemCommands(parts);
   });
   for (; item != items.rend(); ++item) {
-    if (deleteFiles && NamesOneFile(item->path)) {
-      parts.world.shellFileOperation(parts.form.Handle(), FO_DELETE, item->path, L"", kDeleteFlags);
+    const std::wstring statement = L"DELETE FROM FTable WHERE FileIndex=" + store::Quoted(item->fileIndex);
+    if (deleteFiles && item->file && !tooLong.Refuse(*item->file)) {
+      parts.world.shellFileOperation(parts.form.Handle(), FO_DELETE, *item->file, L"", kDeleteFlags);
     }
     // Whether or not the file went.
-    connection.Execute(L"DELETE FROM FTable WHERE FileIndex=" + store::Quoted(item->fileIndex));
+    connection.Execute(statement);
     win::MarkChanged(parts);
   }
 }
@@ -164,19 +182,22 @@ void DeleteSelected(win::MainParts& parts) {
     win::Inform(parts.world, owner, lang::Message(parts.program, lang::kNoItemSelected), title);
     return;
   }
-  const auto yes = [&](const lang::MessageText& question) {
+  const auto yes = [&](const lang::MessageText& question, UINT flags) {
     return parts.world.messageBox(owner, lang::Message(parts.program, question), title,
-                                  MB_YESNO | MB_ICONQUESTION) == IDYES;
+                                  MB_YESNO | MB_ICONQUESTION | flags) == IDYES;
   };
-  if (!yes(lang::kDeleteItemsQuestion)) return;
+  if (!yes(lang::kDeleteItemsQuestion, 0)) return;
   store::Opened connection(parts.connection);
-  const bool deleteFiles = yes(lang::kDeleteFilesQuestion);
+  // A second Enter, pressed in haste, leaves the files alone.
+  const bool deleteFiles = yes(lang::kDeleteFilesQuestion, MB_DEFBUTTON2);
   // A tool window can show another category or select another row behind the questions: these were about what
   // the user saw then.
   if (SelectedItems(parts.ListView1) != items) return;
   const win::CommandsOff off(parts, kMenus);
-  DeleteItems(parts, *connection, items, deleteFiles);
+  TooLongPaths tooLong;
+  DeleteItems(parts, *connection, items, deleteFiles, tooLong);
   connection.Close();
+  tooLong.Tell(parts);
 }
 
 }  // namespace
@@ -184,10 +205,20 @@ void DeleteSelected(win::MainParts& parts) {
 void meu_destinationdirectory_Click(win::MainParts& parts) {
   const auto row = parts.ListView1.SelectedRow();
   if (!row) return;
+  // Given anything else the file manager shows a folder of its own choice.
+  const std::optional<std::wstring> file = ShellPathOf(parts.ListView1.Rows()[*row].Text(kPathColumn));
+  if (!file) {
+    win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kCannotOpenFile),
+                parts.program.productName);
+    return;
+  }
+  TooLongPaths tooLong;
+  if (tooLong.Refuse(*file)) {
+    tooLong.Tell(parts);
+    return;
+  }
   // The blank before the comma is part of the command line as it has always been.
-  parts.world.startProgram(
-      L"explorer.exe /n,/select ," + std::wstring(parts.ListView1.Rows()[*row].Text(kPathColumn)),
-      SW_SHOWNOACTIVATE);
+  parts.world.startProgram(L"explorer.exe /n,/select ," + *file, SW_SHOWNOACTIVATE);
 }
 
 void meu_Copyto_Click(win::MainParts& parts) {
@@ -197,9 +228,15 @@ void meu_Copyto_Click(win::MainParts& parts) {
     const std::wstring folder = ChooseFolder(parts);
     if (folder.empty()) return false;
     const win::CommandsOff off(parts, kMenus);
-    const bool finished = ForEachFile(parts, items, L"Copying : ", [&](const Item& item) {
-      parts.world.shellFileOperation(parts.form.Handle(), FO_COPY, item.path, folder, kCopyFlags);
-    });
+    TooLongPaths tooLong;
+    const bool finished =
+        ForEachFile(parts, items, L"Copying : ", [&](const Item&, const std::wstring& file) {
+          if (!tooLong.Refuse(file, folder + FileNameOfPath(file))) {
+            parts.world.shellFileOperation(parts.form.Handle(), FO_COPY, file, folder, kCopyFlags);
+          }
+          return true;
+        });
+    tooLong.Tell(parts);
     if (!finished) return false;
     win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kOperationFinished),
                 parts.program.productName);
@@ -215,9 +252,12 @@ void meu_Moveto_Click(win::MainParts& parts) {
     if (folder.empty()) return false;
     store::Opened connection(parts.connection);
     const win::CommandsOff off(parts, kMenus);
-    const bool finished = ForEachFile(parts, items, L"Moving : ",
-                                      [&](const Item& item) { MoveItem(parts, *connection, item, folder); });
+    Move move{parts, *connection, folder, {}};
+    const bool finished =
+        ForEachFile(parts, items, L"Moving : ",
+                    [&](const Item& item, const std::wstring& file) { return MoveItem(move, item, file); });
     connection.Close();
+    move.tooLong.Tell(parts);
     return finished;
   });
 }

@@ -6,8 +6,10 @@
 #include "items/EditItem.h"
 #include "items/ItemInformation.h"
 #include "lang/SelectLanguage.h"
+#include "store/Schema.h"
 #include "store/SharedConnection.h"
 #include "ui/win/Boxes.h"
+#include "ui/win/StoredText.h"
 
 namespace kestrelon::items {
 namespace {
@@ -17,10 +19,9 @@ enum : std::size_t { kFileNameField, kPathField, kTimeField, kCommentField };  /
 
 // The column of the item list that each field shows.
 constexpr std::size_t kColumns[] = {kFileNameColumn, kPathColumn, kTimeColumn, kCommentColumn};
+constexpr std::u16string_view kTableColumns[] = {u"Filename", u"LocalFile", u"InsertTime", u"Comment"};
 constexpr const wchar_t* kFieldCaptions[] = {L"&File name:", L"&Path:", L"&Time added:", L"Co&mment:"};
 constexpr const wchar_t* kFieldTags[] = {L"Label1_0", L"Label1_1", L"Label1_2", L"Label1_3"};
-
-constexpr WPARAM kLongestComment = 65535;  // UTF-16 units
 
 // Selects a field once the press of the mouse that gave it the focus is dealt with.
 constexpr UINT kSelectField = WM_APP + 1;
@@ -83,6 +84,7 @@ void FilePropterty::CreateControls() {
                      {kFieldLeft, top, i == kPathField ? kFieldWidth - kGap - kBrowseWidth : kFieldWidth,
                       comment ? kCommentHeight : kLineHeight},
                      comment ? DWORD{ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL} : DWORD{0}});
+    StoreIn(parts_, Text2(i), kTableColumns[i]);
     if (i != kPathField) continue;
     // No tag: dots are dots in every language.
     AddControl({L"Command1",
@@ -92,7 +94,6 @@ void FilePropterty::CreateControls() {
                 L"....",
                 {kWidth - kMargin - kBrowseWidth, top, kBrowseWidth, kLineHeight}});
   }
-  ::SendMessageW(Text2(kCommentField).window, EM_SETLIMITTEXT, kLongestComment, 0);
   label(static_cast<int>(kFields), L"Label1_4", L"&Status:", kStatusTop);
   Text1_ = &AddControl({L"Text1",
                         -1,
@@ -159,9 +160,19 @@ void FilePropterty::Command1_Click() {
 void FilePropterty::Command2_Click(int index) {
   if (index == kOk) {
     std::array<std::wstring, kFields + 1> texts;
-    for (std::size_t i = 0; i < kFields; ++i) texts[i] = ControlCaption(Text2(i));
+    for (std::size_t i = 0; i < kFields; ++i) {
+      if (win::RefusesItsText(Text2(i).window)) return;
+      texts[i] = ControlCaption(Text2(i));
+    }
     const std::wstring& fileIndex = texts[kFields] = ControlCaption(*Label2_);
-    if (!ChangeItem(parts_, PropertiesStatement(texts))) return;
+    if (const auto failure = ChangeItem(parts_, [&] { return PropertiesStatement(texts); })) {
+      // At the field that is too long, which is what a table refuses; the first one where it was something
+      // else.
+      std::size_t field = 0;
+      while (field < kFields && texts[field].size() <= store::LongestText(kTableColumns[field])) ++field;
+      win::ShowBalloon(Text2(field < kFields ? field : 0).window, *failure);
+      return;
+    }
     if (const auto row = RowOfItem(parts_.ListView1, fileIndex)) {
       for (std::size_t i = 0; i < kFields; ++i) parts_.ListView1.SetText(*row, kColumns[i], texts[i]);
     }

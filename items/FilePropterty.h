@@ -14,7 +14,8 @@ class FilePropterty : public win::Form {
  public:
   explicit FilePropterty(win::MainParts& parts) : Form(L"FilePropterty"), parts_(parts) {}
   // Makes the window for the item of a row and runs it over `owner` until it is closed. OK changes the table
-  // and the row; when the table refuses one of the texts nothing changes, and the dialog stays with them.
+  // and the row; when the table refuses one of the texts nothing changes, and the dialog stays with them and
+  // with a balloon at one of them that says why.
   void Show(HWND owner, std::size_t row);
 
  protected:

@@ -3,14 +3,14 @@
 #include "app/base/File.h"
 #include "items/EditItem.h"
 #include "lang/SelectLanguage.h"
+#include "store/Schema.h"
 #include "store/SharedConnection.h"
+#include "ui/win/StoredText.h"
 
 namespace kestrelon::items {
 namespace {
 
 enum : int { kOk, kCancel };  // indexes of Command1
-
-constexpr std::size_t kLongestAlias = 255;  // the size of the table's column
 
 constexpr double kWidth = 5400, kMargin = 225, kGap = 120;
 constexpr double kButtonWidth = 1500, kButtonHeight = 420;
@@ -23,10 +23,11 @@ constexpr double kHeight = kButtonTop + kButtonHeight + kMargin;
 }  // namespace
 
 std::wstring StoredAlias(std::wstring_view text) {
-  if (text.size() <= kLongestAlias) return std::wstring(text);
+  const std::size_t longest = store::LongestText(u"DefineName");
+  if (text.size() <= longest) return std::wstring(text);
   // Half a character would show as a box, and no file could be named by it.
-  const bool halved = IS_SURROGATE_PAIR(text[kLongestAlias - 1], text[kLongestAlias]);
-  return std::wstring(text.substr(0, halved ? kLongestAlias - 1 : kLongestAlias));
+  const bool halved = IS_SURROGATE_PAIR(text[longest - 1], text[longest]);
+  return std::wstring(text.substr(0, halved ? longest - 1 : longest));
 }
 
 std::wstring RenameStatement(std::wstring_view alias, std::wstring_view fileIndex) {
@@ -55,6 +56,7 @@ void FileRename::CreateControls() {
                         L"Text1",
                         L"",
                         {kMargin, kTextTop, kWidth - 2 * kMargin, kLineHeight}});
+  StoreIn(parts_, *Text1_, u"DefineName");
   Ok_ = &AddControl({L"Command1",
                      kOk,
                      win::ControlKind::kCommandButton,
@@ -89,7 +91,11 @@ void FileRename::Command1_Click(int index) {
   if (index == kOk) {
     const std::wstring alias = StoredAlias(ControlCaption(*Text1_));
     const std::wstring fileIndex = ControlCaption(*Label2_);
-    if (!ChangeItem(parts_, RenameStatement(alias, fileIndex))) return;
+    if (win::RefusesItsText(Text1_->window)) return;
+    if (const auto failure = ChangeItem(parts_, [&] { return RenameStatement(alias, fileIndex); })) {
+      win::ShowBalloon(Text1_->window, *failure);
+      return;
+    }
     if (const auto row = RowOfItem(parts_.ListView1, fileIndex)) {
       parts_.ListView1.SetText(*row, kAliasColumn, alias);
     }

@@ -14,7 +14,8 @@ class FileRename : public win::Form {
  public:
   explicit FileRename(win::MainParts& parts) : Form(L"FileRename"), parts_(parts) {}
   // Makes the window for the item of a row and runs it over `owner` until it is closed. OK changes the table
-  // and the row; when the table refuses the alias nothing changes, and the dialog stays with the text.
+  // and the row; when the table refuses the alias nothing changes, and the dialog stays with the text and
+  // with a balloon that says why.
   void Show(HWND owner, std::size_t row);
 
  protected:

@@ -5,14 +5,18 @@
 #include "app/base/File.h"
 #include "items/EditItem.h"
 #include "items/ListEvents.h"
+#include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
 #include "ui/cMagneticWnd.h"
+#include "ui/win/Boxes.h"
+#include "ui/win/StoredText.h"
 
 namespace kestrelon::items {
 namespace {
 
-constexpr WPARAM kLongestComment = 65535;  // UTF-16 units
+// Follows the selected row once the dialog is gone that kept this window disabled.
+constexpr UINT kFollow = WM_APP + 1;
 
 constexpr double kWidth = 6300, kHeight = 3600;
 constexpr double kMinimumWidth = 5400, kMinimumHeight = 1800;  // of the whole window
@@ -24,10 +28,15 @@ constexpr double kCountWidth = 1650, kLabelHeight = 240;
 
 Filelist_Comment::Filelist_Comment(win::MainParts& parts) : Form(L"Filelist_Comment"), parts_(parts) {
   parts_.itemSelected = [this] { FollowSelection(); };
+  parts_.settleComment = [this] {
+    // Whatever becomes of it: the next collection has other items.
+    if (!Settle()) SetComment(shownComment_);
+  };
 }
 
 Filelist_Comment::~Filelist_Comment() {
   parts_.itemSelected = nullptr;
+  parts_.settleComment = nullptr;
   Destroy();
 }
 
@@ -35,14 +44,13 @@ void Filelist_Comment::CreateControls() {
   CreateDialogWindow(L"Comment", parts_.form.Handle(), WS_EX_TOOLWINDOW, WS_THICKFRAME | WS_CLIPCHILDREN);
 
   using win::ControlKind;
-  const win::FormControl& text = AddControl({L"Text1",
-                                             -1,
-                                             ControlKind::kTextBox,
-                                             L"",
-                                             L"",
-                                             {},
-                                             ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL});
-  ::SendMessageW(text.window, EM_SETLIMITTEXT, kLongestComment, 0);
+  AddControl({L"Text1",
+              -1,
+              ControlKind::kTextBox,
+              L"",
+              L"",
+              {},
+              ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_VSCROLL});
   AddControl({L"Label1", -1, ControlKind::kLabel, L"", L"Charactor: 0", {}, SS_NOPREFIX});
   // An alias may hold any character, "&" as well, and may be longer than there is room.
   AddControl({L"Label2", -1, ControlKind::kLabel, L"", L"", {}, SS_NOPREFIX | SS_ENDELLIPSIS});
@@ -57,6 +65,7 @@ void Filelist_Comment::CreateControls() {
 void Filelist_Comment::Open() {
   if (Handle() == nullptr) CreateControls();
   lang::ReadLanguage(*this, parts_.program, parts_.program.languageName, parts_.world);
+  StoreIn(parts_, *Find(L"Text1"), u"Comment");
   parts_.commentShown = true;
   parts_.menus.Check(L"meu_comment", true);
   FollowSelection();
@@ -66,6 +75,7 @@ void Filelist_Comment::Open() {
 }
 
 void Filelist_Comment::Hide() {
+  if (!Settle()) return;
   parts_.commentShown = false;
   parts_.menus.Check(L"meu_comment", false);
   if (Handle() == nullptr) return;
@@ -75,7 +85,12 @@ void Filelist_Comment::Hide() {
 }
 
 void Filelist_Comment::FollowSelection() {
-  if (!parts_.commentShown || Handle() == nullptr) return;
+  if (!parts_.commentShown || Handle() == nullptr || settling_) return;
+  const auto selected = parts_.ListView1.SelectedRow();
+  const bool another = !selected || parts_.ListView1.Rows()[*selected].Tag() != TextOf(L"Label3") ||
+                       parts_.ListView1.Rows()[*selected].Text(kCommentColumn) != shownComment_;
+  if (another && !Settle()) return;
+  // The question may have taken its time.
   const auto row = parts_.ListView1.SelectedRow();
   if (!row) {
     Remember(L"", L"", L"");
@@ -92,24 +107,85 @@ void Filelist_Comment::Remember(const std::wstring& fileIndex, const std::wstrin
   // A click on the row that is shown already leaves alone what is being typed.
   if (fileIndex == TextOf(L"Label3") && comment == shownComment_ && !fileIndex.empty()) return;
   SetText(L"Label3", fileIndex);
+  SetComment(comment);
+  // What is typed for no item could not be saved.
+  ::SendMessageW(Find(L"Text1")->window, EM_SETREADONLY, fileIndex.empty(), 0);
+  ::EnableWindow(Find(L"Command1", 0)->window, !fileIndex.empty());
+}
+
+void Filelist_Comment::SetComment(const std::wstring& comment) {
   shownComment_ = comment;
+  if (Handle() == nullptr) return;
   SetText(L"Text1", comment);
   Text1_Change();  // a box of several lines does not tell of texts that the program sets
+}
+
+bool Filelist_Comment::IsUnsaved() {
+  if (Handle() == nullptr || TextOf(L"Label3").empty()) return false;
+  const std::wstring text = TextOf(L"Text1"), comment = Trim(text);
+  if (text == shownComment_ || comment.empty() || comment == shownComment_) return false;
+  // An item that was deleted meanwhile has taken its comment along. One that cannot be looked up may be
+  // there.
+  bool there = true;
+  win::Quietly([&] {
+    store::Opened connection(parts_.connection);
+    jet::Recordset rows;
+    rows.Open(
+        store::ToEngine(L"SELECT FileIndex FROM FTable WHERE FileIndex=" + store::Quoted(TextOf(L"Label3"))),
+        connection->Ado());
+    there = !rows.EndOfFile();
+    rows.Close();
+    connection.Close();
+  });
+  return there;
+}
+
+bool Filelist_Comment::Settle() {
+  if (settling_ || !IsUnsaved()) return true;
+  const win::ScopedFlag settling(settling_);
+  const std::wstring fileIndex = TextOf(L"Label3"), comment = Trim(TextOf(L"Text1"));
+  // The question is about the text as it stands.
+  const HWND window = Handle(), focus = ::GetFocus();
+  const bool enabled = ::IsWindowEnabled(window) != FALSE;
+  ::EnableWindow(window, FALSE);
+  const int answer = parts_.world.messageBox(
+      OwnerOfQuestion(),
+      TextOf(L"Label2") + L"\n\n" + lang::Message(parts_.program, lang::kSaveCommentQuestion),
+      parts_.program.productName, MB_YESNO | MB_ICONQUESTION);
+  if (Handle() != window) return true;  // the program came to its end meanwhile
+  ::EnableWindow(window, enabled);
+  if (focus != nullptr && ::GetFocus() == nullptr) ::SetFocus(focus);
+  if (answer == IDYES) return SaveText(fileIndex, comment);
+  SetComment(shownComment_);
+  return true;
+}
+
+HWND Filelist_Comment::OwnerOfQuestion() const {
+  const HWND main = parts_.form.Handle();
+  return ::IsWindowEnabled(main) ? main : ::GetLastActivePopup(main);
 }
 
 void Filelist_Comment::Command1_Save() {
   const std::wstring comment = Trim(TextOf(L"Text1"));
   const std::wstring fileIndex = TextOf(L"Label3");
-  const auto row = parts_.ListView1.SelectedRow();
-  if (comment.empty() || fileIndex.empty()) return;
-  // Only ever the item that the user sees selected.
-  if (!row || parts_.ListView1.Rows()[*row].Tag() != fileIndex) return;
-  if (!ChangeItem(parts_, L"UPDATE FTable SET Comment=" + store::Quoted(comment) + L" WHERE FileIndex=" +
-                              store::Quoted(fileIndex))) {
-    return;
+  if (!comment.empty() && !fileIndex.empty()) SaveText(fileIndex, comment);
+}
+
+// To the item that it was typed for, whether or not the list shows that now.
+bool Filelist_Comment::SaveText(const std::wstring& fileIndex, const std::wstring& comment) {
+  const HWND text = Find(L"Text1")->window;
+  if (win::RefusesItsText(text)) return false;
+  if (const auto failure = ChangeItem(parts_, [&] {
+        return L"UPDATE FTable SET Comment=" + store::Quoted(comment) + L" WHERE FileIndex=" +
+               store::Quoted(fileIndex);
+      })) {
+    win::ShowBalloon(text, *failure);
+    return false;
   }
   shownComment_ = comment;
-  parts_.ListView1.SetText(*row, kCommentColumn, comment);
+  if (const auto row = RowOfItem(parts_.ListView1, fileIndex))
+    parts_.ListView1.SetText(*row, kCommentColumn, comment);
+  return true;
 }
 
 void Filelist_Comment::Text1_Change() {
@@ -161,8 +237,9 @@ LRESULT Filelist_Comment::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) 
       return 0;
     case WM_ENABLE:
       // A dialog was open meanwhile, and may have changed the row.
-      if (wParam != FALSE) FollowSelection();
+      if (wParam != FALSE) ::PostMessageW(Handle(), kFollow, 0, 0);
       break;
+    case kFollow: FollowSelection(); return 0;
     case WM_CLOSE: Hide(); return 0;
   }
   return Form::OnMessage(message, wParam, lParam);

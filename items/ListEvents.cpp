@@ -1,8 +1,11 @@
 #include "items/ListEvents.h"
 
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 #include "app/base/File.h"
+#include "app/base/FileNames.h"
 #include "items/FileListDataObject.h"
 #include "items/FileOperations.h"
 #include "items/FilePropterty.h"
@@ -57,8 +60,8 @@ void ListView1_SelectionChanged(win::MainParts& parts) { EnableItemCommands(part
 std::vector<std::wstring> DraggedPaths(win::MainParts& parts) {
   std::vector<std::wstring> paths;
   for (const std::size_t row : parts.ListView1.SelectedRows()) {
-    std::wstring path(parts.ListView1.Rows()[row].Text(3));
-    if (ServerAnswers(parts.world, path) && FileExists(path)) paths.push_back(std::move(path));
+    std::optional<std::wstring> file = ShellPathOf(parts.ListView1.Rows()[row].Text(3));
+    if (file && ServerAnswers(parts.world, *file) && FileExists(*file)) paths.push_back(std::move(*file));
   }
   return paths;
 }
@@ -66,6 +69,9 @@ std::vector<std::wstring> DraggedPaths(win::MainParts& parts) {
 void ListView1_OLEStartDrag(win::MainParts& parts) {
   win::Quietly([&] {
     const std::vector<std::wstring> paths = DraggedPaths(parts);
+    // To ask a server takes its time: a drag that begins with the button up would drop at once, wherever the
+    // pointer is by then.
+    if (!parts.world.dragButtonDown()) return;
     // While these are set, a drop on the tree moves the items instead of adding the files.
     parts.internalDrag = parts.listDrag = true;
     const win::Finally completed([&] { ListView1_OLECompleteDrag(parts); });

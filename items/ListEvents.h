@@ -36,7 +36,7 @@ void ListView1_SelectionChanged(win::MainParts& parts);
 // is there.
 std::vector<std::wstring> DraggedPaths(win::MainParts& parts);
 // Drags the selected rows out as a list of files, to be copied and never moved. Returns when the drag is
-// over.
+// over. Does nothing when the button was let go of meanwhile.
 void ListView1_OLEStartDrag(win::MainParts& parts);
 // The end of that drag: neither of its flags is set any more.
 void ListView1_OLECompleteDrag(win::MainParts& parts);

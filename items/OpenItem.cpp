@@ -2,6 +2,7 @@
 
 #include "app/base/File.h"
 #include "items/ItemInformation.h"
+#include "items/ShellFiles.h"
 #include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "ui/win/Boxes.h"
@@ -26,6 +27,11 @@ void OpenSelectedItem(win::MainParts& parts) {
   };
   if (!ServerAnswers(parts.world, path)) {
     cannotOpen();
+    return;
+  }
+  TooLongPaths tooLong;
+  if (tooLong.Refuse(path)) {
+    tooLong.Tell(parts);
     return;
   }
   const INT_PTR result = parts.world.shellExecute(parts.form.Handle(), L"open", path, SW_SHOW);

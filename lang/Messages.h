@@ -33,23 +33,50 @@ inline constexpr MessageText kSkippedAtImport{21, L"Could not be read and was le
 inline constexpr MessageText kCannotWriteToFolder{22, L"Can not write to this folder!"};
 inline constexpr MessageText kNoSystemInformation{23,
                                                   L"System information is not available on this computer."};
+inline constexpr MessageText kNoDoubleQuote{24,
+                                            L"A double quote cannot be stored. Use \u201C \u201D instead."};
+// Behind it a number.
+inline constexpr MessageText kPathTooLong{25, L"The path is longer than 259 characters; left out: "};
+inline constexpr MessageText kTooManyFiles{
+    26, L"Too many files were selected at once. None was added; please select fewer."};
+// Before each of these two stands the name that it is about, on a line of its own.
+inline constexpr MessageText kReplaceFileQuestion{
+    27, L"A file of this name is in the folder already. Replace it?"};
+inline constexpr MessageText kSaveCommentQuestion{28, L"The comment was changed. Save it?"};
 // Behind it the time of the last change.
 inline constexpr MessageText kOpenUnsavedQuestion{
-    40,
+    29,
     L"Kestrelon was not closed properly. Do you want to open the collection that was not saved? "
     L"Last change: "};
 // Behind it a path.
 inline constexpr MessageText kNotRecovered{
-    41, L"The collection that was not saved could not be recovered. What is left of it is kept as: "};
+    30, L"The collection that was not saved could not be recovered. What is left of it is kept as: "};
 inline constexpr MessageText kDataFolderInUse{
-    42, L"Your collections are open in another session of Windows. Please close Kestrelon there first."};
+    31, L"Your collections are open in another session of Windows. Please close Kestrelon there first."};
 
 // Every message, in order of number: the language files are checked against it.
-inline constexpr MessageText kMessages[] = {
-    kExitQuestion,           kReplaceQuestion,     kSelectCategoryFirst,    kSelectCategoryToImport,
-    kSelectCategoryToDropOn, kNoCategorySelected,  kDeleteCategoryQuestion, kCannotOpenFile,
-    kOperationFinished,      kDeleteItemsQuestion, kDeleteFilesQuestion,    kNoItemSelected,
-    kSkippedAtImport,        kCannotWriteToFolder, kNoSystemInformation,    kOpenUnsavedQuestion,
-    kNotRecovered,           kDataFolderInUse};
+inline constexpr MessageText kMessages[] = {kExitQuestion,
+                                            kReplaceQuestion,
+                                            kSelectCategoryFirst,
+                                            kSelectCategoryToImport,
+                                            kSelectCategoryToDropOn,
+                                            kNoCategorySelected,
+                                            kDeleteCategoryQuestion,
+                                            kCannotOpenFile,
+                                            kOperationFinished,
+                                            kDeleteItemsQuestion,
+                                            kDeleteFilesQuestion,
+                                            kNoItemSelected,
+                                            kSkippedAtImport,
+                                            kCannotWriteToFolder,
+                                            kNoSystemInformation,
+                                            kNoDoubleQuote,
+                                            kPathTooLong,
+                                            kTooManyFiles,
+                                            kReplaceFileQuestion,
+                                            kSaveCommentQuestion,
+                                            kOpenUnsavedQuestion,
+                                            kNotRecovered,
+                                            kDataFolderInUse};
 
 }  // namespace kestrelon::lang

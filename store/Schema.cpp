@@ -1,5 +1,7 @@
 #include "store/Schema.h"
 
+#include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace kestrelon::store {
@@ -29,6 +31,15 @@ std::vector<jet::NewTable> Schema() {
       {u"TreeviewTable",
        {{u"i", jet::ColumnType::kLong, 0, true}, Text(u"parent", 50), Text(u"key", 50), Text(u"text", 255)},
        u"i"}};
+}
+
+std::size_t LongestText(std::u16string_view column) {
+  constexpr std::size_t kLongestMemo = 65535;
+  const std::vector<jet::NewColumn> columns = Schema().front().columns;
+  const auto found = std::find_if(columns.begin(), columns.end(),
+                                  [&](const jet::NewColumn& candidate) { return candidate.name == column; });
+  if (found == columns.end()) throw std::out_of_range("no such column");
+  return found->type == jet::ColumnType::kText ? found->characters : kLongestMemo;
 }
 
 }  // namespace kestrelon::store

@@ -1,5 +1,6 @@
 #include "store/SharedConnection.h"
 
+#include "jet/base/Error.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/Handles.h"
 
@@ -58,6 +59,10 @@ std::wstring Quoted(std::wstring_view value) {
 }
 
 void AppendQuoted(std::wstring& sql, std::wstring_view value) {
+  if (value.find(L'"') != std::wstring_view::npos) {
+    throw jet::Error(jet::code::kSyntax,
+                     u"Syntax error (missing operator) in query expression '\"" + ToEngine(value) + u"\"'.");
+  }
   sql += L'"';
   sql += value;
   sql += L'"';

@@ -54,7 +54,9 @@ class Opened {
   bool mine_ = false;
 };
 
-// `"` + value + `"`: how every value stands in a statement. Nothing inside is escaped, as required.
+// `"` + value + `"`: how every value stands in a statement. Nothing inside can be escaped: a value that holds
+// a double quote would break its statement or, worse, give it another meaning. So it is refused here, by the
+// error that a broken statement gives (code::kSyntax).
 std::wstring Quoted(std::wstring_view value);
 void AppendQuoted(std::wstring& sql, std::wstring_view value);
 

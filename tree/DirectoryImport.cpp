@@ -18,23 +18,28 @@
 namespace kestrelon::tree {
 namespace {
 
-// A key that no category has. An import makes thousands of categories within a second, so that two of its
-// keys coincide now and then, and the tree would refuse the second: another one is drawn. A clock that stands
-// still and a generator that repeats itself end the search.
-std::wstring FreeKey(win::MainParts& parts) {
+using ItemKeys = std::unordered_set<std::wstring>;
+
+// A key that no category has, and that no item has in its index, which may be left of a category that is
+// gone: the items of the new one are numbered from 1 without asking whether a number is taken. An import
+// makes thousands of categories within a second, so that two of its keys coincide now and then, and the tree
+// would refuse the second: another one is drawn. A clock that stands still and a generator that repeats
+// itself end the search.
+std::wstring FreeKey(win::MainParts& parts, const ItemKeys& used) {
   constexpr int kDraws = 100;
   for (int draw = 0; draw < kDraws; ++draw) {
     std::wstring key = GetNextKey(parts);
     // Otherwise GetNextKey failed, and has said so: what it has built by then is no key.
     if (!key.ends_with(L'_')) break;
-    if (!parts.TreeView1.Find(key)) return key;
+    if (!parts.TreeView1.Find(key) && !used.contains(key)) return key;
   }
   throw std::runtime_error("No key could be made for a category.");
 }
 
 // `parent` null: a top-level category. Returns its key.
-std::wstring AddCategory(win::MainParts& parts, win::TreeNode* parent, const std::wstring& folder) {
-  std::wstring key = FreeKey(parts);
+std::wstring AddCategory(win::MainParts& parts, const ItemKeys& used, win::TreeNode* parent,
+                         const std::wstring& folder) {
+  std::wstring key = FreeKey(parts, used);
   parts.TreeView1.Add(parent, parent ? win::Relationship::kChild : win::Relationship::kLast, key,
                       LastPathPart(folder), kCategoryImage, kSelectedCategoryImage);
   return key;
@@ -64,12 +69,13 @@ std::wstring EndText(const Program& program, const LeftOut& leftOut) {
 }
 
 // False when the import ended early.
-bool ImportSubFolders(win::MainParts& parts, const ImportedFolder& top, LeftOut& leftOut) {
+bool ImportSubFolders(win::MainParts& parts, const ItemKeys& used, const ImportedFolder& top,
+                      LeftOut& leftOut) {
   ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
   const win::RedrawOff still(parts.TreeView1.Handle());
   store::Opened connection(parts.connection);
   win::ProgressText progress(parts.StatusBar1);
-  DirectoryImport state{parts, *connection, progress, leftOut};
+  DirectoryImport state{parts, *connection, progress, leftOut, used};
   const bool finished = SplitNode(state, top);
   connection.Close();
   return finished;
@@ -95,17 +101,19 @@ void AddDirectory(win::MainParts& parts) {
     const std::wstring chosen = CutAtNul(parts.world.browseForFolder(owner).value_or(std::wstring()));
     if (chosen.empty()) return true;
     LeftOut leftOut;
-    ImportedFolder top{
-        chosen, AddCategory(parts, parts.TreeView1.Find(win::CurrentCategory(parts)), chosen), {}};
+    ItemKeys used;
+    ImportedFolder top{chosen, {}, {}};
     {
+      store::Opened connection(parts.connection);
+      used = imports::CategoriesOfItemNumbers(*connection);
+      top.key = AddCategory(parts, used, parts.TreeView1.Find(win::CurrentCategory(parts)), chosen);
       FolderLists lists = ReadFolder(chosen);
       leftOut.Add(lists.leftOut);
-      store::Opened connection(parts.connection);
       AddItems(*connection, top.key, chosen, lists.File1, Now(parts));
       connection.Close();
       top.subFolders = std::move(lists.Dir1);
     }
-    const bool finished = ImportSubFolders(parts, top, leftOut);
+    const bool finished = ImportSubFolders(parts, used, top, leftOut);
     ::UpdateWindow(parts.TreeView1.Handle());
     if (!finished) return false;
     if (win::TreeNode* const category = parts.TreeView1.Find(top.key)) {
@@ -143,7 +151,7 @@ bool SplitNode(DirectoryImport& state, const ImportedFolder& folder) {
       // By its key each time: messages were handled since the last one.
       win::TreeNode* const parent = parts.TreeView1.Find(folder.key);
       if (!parent) throw win::ControlError(win::kElementNotFound, "Element not found");
-      std::wstring key = AddCategory(parts, parent, path);
+      std::wstring key = AddCategory(parts, state.itemKeys, parent, path);
       FolderLists lists = ReadFolder(path);
       state.leftOut.Add(lists.leftOut);
       AddItems(state.connection, key, path, lists.File1, insertTime);

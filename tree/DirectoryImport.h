@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "store/SharedConnection.h"
@@ -46,6 +47,8 @@ struct DirectoryImport {
   store::SharedConnection& connection;  // open
   win::ProgressText& progress;
   LeftOut& leftOut;
+  // The categories that items have in their indexes, as the import began: no new category takes such a key.
+  const std::unordered_set<std::wstring>& itemKeys;
 };
 // A folder that has its category and its items.
 struct ImportedFolder {

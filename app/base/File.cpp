@@ -1,5 +1,6 @@
 #include "app/base/File.h"
 
+#include <optional>
 #include <system_error>
 
 namespace kestrelon {
@@ -44,6 +45,20 @@ std::wstring Grouped(std::wstring digits) {
     digits.insert(at, 1, L',');
   }
   return digits;
+}
+
+bool IsSeparator(wchar_t unit) { return unit == L'\\' || unit == L'/'; }
+
+// What follows the start of a network path: the server first. Nothing for any other path.
+std::optional<std::wstring_view> BehindNetworkStart(std::wstring_view path) {
+  if (path.size() < 2 || !IsSeparator(path[0]) || !IsSeparator(path[1])) return std::nullopt;
+  path.remove_prefix(2);
+  if (path.size() < 2 || (path[0] != L'?' && path[0] != L'.') || !IsSeparator(path[1])) return path;
+  const bool device = path[0] == L'.';
+  path.remove_prefix(2);
+  if (device || path.size() < 4 || !EqualNoCase(path.substr(0, 3), L"UNC") || !IsSeparator(path[3]))
+    return std::nullopt;
+  return path.substr(4);
 }
 
 // A copy of a file, flushed to the disk, that goes away again unless it is put in its place.
@@ -120,12 +135,11 @@ std::wstring WithBackslash(std::wstring_view folder) {
   return result;
 }
 
-bool IsNetworkPath(std::wstring_view path) { return path.starts_with(L"\\\\"); }
+bool IsNetworkPath(std::wstring_view path) { return BehindNetworkStart(path).has_value(); }
 
 std::wstring ServerOfPath(std::wstring_view path) {
-  if (!IsNetworkPath(path)) return {};
-  path.remove_prefix(2);
-  return std::wstring(path.substr(0, path.find(L'\\')));
+  const std::wstring_view rest = BehindNetworkStart(path).value_or(std::wstring_view());
+  return std::wstring(rest.substr(0, rest.find_first_of(L"\\/")));
 }
 
 std::wstring SizeText(std::uint64_t bytes) {

@@ -23,9 +23,11 @@ std::wstring NameWithoutExtension(std::wstring_view name);
 std::wstring ExtensionOf(std::wstring_view name);
 // The folder with a backslash added at its end unless it has one.
 std::wstring WithBackslash(std::wstring_view folder);
-// Does it begin with two backslashes?
+// Does it begin with two backslashes, "/" counting as one? Not so "\\?\C:\" and "\\.\", which begin paths of
+// this machine; "\\?\UNC\server" is on the network again.
 bool IsNetworkPath(std::wstring_view path);
-// Of a network path: from the third character up to the next backslash; empty for any other path.
+// Of a network path: from the third character up to the next separator (of "\\?\UNC\server\share" "server");
+// empty for any other path.
 std::wstring ServerOfPath(std::wstring_view path);
 
 // A byte count as text: "005 Bytes" below 1024, with at least three digits; from there on "1.50 KB (1,536

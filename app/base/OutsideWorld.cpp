@@ -17,6 +17,10 @@ namespace kestrelon {
 
 namespace {
 
+// UTF-16 units beyond those that the Open dialog may return: more than any list of names that it can show
+// takes.
+constexpr std::size_t kRoomBehind = std::size_t{8} << 20;
+
 std::optional<std::wstring> PickFolder(HWND owner) {
   BROWSEINFOW request{};
   request.hwndOwner = owner;
@@ -30,35 +34,6 @@ std::optional<std::wstring> PickFolder(HWND owner) {
   }
   path.resize(path.find(L'\0'));
   return path;
-}
-
-std::optional<std::wstring> OpenFiles(const OpenFilesRequest& request) {
-  std::wstring filter = request.filter;
-  std::replace(filter.begin(), filter.end(), L'|', L'\0');
-  filter.append(2, L'\0');
-  std::wstring buffer(request.maximumSize, L'\0');
-
-  OPENFILENAMEW dialog{};
-  dialog.lStructSize = sizeof dialog;
-  dialog.hwndOwner = request.owner;
-  dialog.lpstrTitle = request.title.empty() ? nullptr : request.title.c_str();
-  dialog.lpstrFilter = filter.c_str();
-  dialog.nFilterIndex = request.filterIndex;
-  // The dialog would leave its folder behind as the current one, and keep that folder from being removed.
-  dialog.Flags = request.flags | OFN_NOCHANGEDIR;
-  dialog.lpstrFile = buffer.data();
-  dialog.nMaxFile = request.maximumSize;
-  if (!::GetOpenFileNameW(&dialog)) {
-    const DWORD error = ::CommDlgExtendedError();
-    if (error == FNERR_BUFFERTOOSMALL) throw std::runtime_error("Too many files were selected at once.");
-    if (error != 0)
-      throw std::runtime_error("The Open dialog failed with code " + std::to_string(error) + ".");
-    return std::nullopt;
-  }
-  const bool several = (request.flags & OFN_ALLOWMULTISELECT) != 0 && (request.flags & OFN_EXPLORER) != 0;
-  const std::size_t end = several ? buffer.find(std::wstring_view(L"\0\0", 2)) : buffer.find(L'\0');
-  if (end != std::wstring::npos) buffer.resize(end);
-  return buffer;
 }
 
 bool ShellFileOperation(HWND owner, UINT function, const std::wstring& from, const std::wstring& to,
@@ -115,13 +90,48 @@ class Chance {
 
 }  // namespace
 
+std::optional<std::wstring> OpenFilesBy(const std::function<BOOL(OPENFILENAMEW&)>& show,
+                                        const std::function<DWORD()>& error,
+                                        const OpenFilesRequest& request) {
+  std::wstring filter = request.filter;
+  std::replace(filter.begin(), filter.end(), L'|', L'\0');
+  filter.append(2, L'\0');
+  // Some systems' dialogs write on past the size that they are told.
+  std::wstring buffer(request.maximumSize + kRoomBehind, L'\0');
+
+  OPENFILENAMEW dialog{};
+  dialog.lStructSize = sizeof dialog;
+  dialog.hwndOwner = request.owner;
+  dialog.lpstrTitle = request.title.empty() ? nullptr : request.title.c_str();
+  dialog.lpstrFilter = filter.c_str();
+  dialog.nFilterIndex = request.filterIndex;
+  // The dialog would leave its folder behind as the current one, and keep that folder from being removed.
+  dialog.Flags = request.flags | OFN_NOCHANGEDIR;
+  dialog.lpstrFile = buffer.data();
+  dialog.nMaxFile = request.maximumSize;
+  if (!show(dialog)) {
+    const DWORD code = error();
+    if (code == FNERR_BUFFERTOOSMALL) throw TooManyFiles();
+    if (code != 0) throw std::runtime_error("The Open dialog failed with code " + std::to_string(code) + ".");
+    return std::nullopt;
+  }
+  const bool several = (request.flags & OFN_ALLOWMULTISELECT) != 0 && (request.flags & OFN_EXPLORER) != 0;
+  const std::size_t end = several ? buffer.find(std::wstring_view(L"\0\0", 2)) : buffer.find(L'\0');
+  if (end == std::wstring::npos) throw TooManyFiles();
+  buffer.resize(end);
+  return buffer;
+}
+
 OutsideWorld SystemWorld() {
   OutsideWorld world;
   world.messageBox = [](HWND owner, const std::wstring& text, const std::wstring& title, UINT flags) {
     return ::MessageBoxW(owner, text.c_str(), title.c_str(), flags);
   };
   world.browseForFolder = PickFolder;
-  world.openFiles = OpenFiles;
+  world.openFiles = [](const OpenFilesRequest& request) {
+    return OpenFilesBy([](OPENFILENAMEW& dialog) { return ::GetOpenFileNameW(&dialog); },
+                       [] { return ::CommDlgExtendedError(); }, request);
+  };
   world.shellFileOperation = ShellFileOperation;
   world.shellExecute = [](HWND owner, const std::wstring& verb, const std::wstring& target, int show) {
     return reinterpret_cast<INT_PTR>(::ShellExecuteW(owner, verb.empty() ? nullptr : verb.c_str(),
@@ -146,6 +156,11 @@ OutsideWorld SystemWorld() {
     RECT area{};
     ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
     return area;
+  };
+  world.dragButtonDown = [] {
+    // The physical button, which for a left-handed user is the right one.
+    const int button = ::GetSystemMetrics(SM_SWAPBUTTON) != 0 ? VK_RBUTTON : VK_LBUTTON;
+    return (::GetAsyncKeyState(button) & 0x8000) != 0;
   };
   return world;
 }

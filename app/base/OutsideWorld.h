@@ -4,8 +4,11 @@
 
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+struct tagOFNW;  // OPENFILENAMEW
 
 namespace kestrelon {
 
@@ -19,6 +22,11 @@ struct OpenFilesRequest {
   DWORD maximumSize = 32000;  // UTF-16 units that the dialog may return
 };
 
+// More files were chosen than the Open dialog can give.
+struct TooManyFiles : std::runtime_error {
+  TooManyFiles() : runtime_error("Too many files were selected at once.") {}
+};
+
 // Everything that the program asks of the world around it: questions to the user, pickers, the shell, the
 // network, time, chance, pointer and screen. Tests replace single functions; SystemWorld() gives the real
 // ones. Nothing else in the program calls the functions behind these.
@@ -29,7 +37,7 @@ struct OutsideWorld {
   // Cancel.
   std::function<std::optional<std::wstring>(HWND owner)> browseForFolder;
   // The common Open dialog: its raw result (one path, or folder NUL names), cut before the final two NULs;
-  // nullopt on Cancel.
+  // nullopt on Cancel. Throws TooManyFiles.
   std::function<std::optional<std::wstring>(const OpenFilesRequest&)> openFiles;
   // SHFileOperationW with one source and at most one target. True when it returned 0 and nothing was aborted.
   // (By the integer function code FO_… and the FOF_… flags.)
@@ -47,9 +55,16 @@ struct OutsideWorld {
   std::function<void()> reseedRandom;      // from the system timer
   std::function<POINT()> cursorPosition;   // screen pixels
   std::function<RECT()> workArea;          // of the primary screen, pixels
+  // Is the button down with which things are dragged, at this moment and not as of the message being handled?
+  std::function<bool()> dragButtonDown;
 };
 
 OutsideWorld SystemWorld();
+
+// The Open dialog by way of the given functions, which SystemWorld() takes from the system: the dialog, and
+// the error that it failed with. All the files chosen come back, or none.
+std::optional<std::wstring> OpenFilesBy(const std::function<BOOL(tagOFNW&)>& show,
+                                        const std::function<DWORD()>& error, const OpenFilesRequest& request);
 
 // Lets the user choose a folder: its path, cut at the first NUL and ending in a backslash; empty on Cancel.
 std::wstring BrowseForFolder(const OutsideWorld& world, HWND owner);

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "app/SlotDialog.h"
+#include "items/ItemCommands.h"
 #include "store/Store.h"
 #include "tests/support/MainFormFixture.h"
 
@@ -298,6 +299,30 @@ TEST_F(Load, OfASlotNeverSavedMakesItFromTheTemplateAndShowsAnEmptyTree) {
   EXPECT_EQ(ScopedTestDir::ReadBytes(SlotPath(L"Data1.dat")), TemplateBytes());
   EXPECT_EQ(dir.settings.Read(L"Data1"), L"2. Null");
   EXPECT_TRUE(world.boxes.empty());
+}
+
+TEST_F(Load, AsksBeforeAboutACommentThatIsNotSaved) {
+  StartWithContent();
+  SelectCategory(*Tree().Find(L"A_"));
+  List().SelectOnly(0);
+  items::EnableItemCommands(Parts());
+  Command(L"meu_comment");
+  win::Form& comment = *form->ListHelpers().comment;
+  SendMessageW(comment.Find(L"Text1")->window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"typed"));
+  int questions = 0;
+  world.messageBox = [&](HWND owner, const std::wstring& text, const std::wstring&, UINT) {
+    EXPECT_TRUE(text.ends_with(L"The comment was changed. Save it?")) << Narrow(text);
+    EXPECT_NE(owner, form->Handle()) << "the dialog that is open";
+    EXPECT_NE(ShownTree(), L"") << "before anything is replaced";
+    ++questions;
+    return IDYES;
+  };
+
+  Open(L"meu_LoadDatabase", [](win::Form& dialog) { Press(dialog, 1); });
+
+  EXPECT_EQ(questions, 1);
+  EXPECT_EQ(ShownTree(), L"");
+  EXPECT_EQ(TextOf(comment.Find(L"Text1")->window), L"");
 }
 
 TEST_F(Load, ClosesAfterAFailureToo) {

@@ -86,6 +86,25 @@ TEST(NetworkPath, BeginsWithTwoBackslashesAndNamesItsServerAfterThem) {
   EXPECT_EQ(ServerOfPath(L"C:\\a.txt"), L"");
 }
 
+TEST(NetworkPath, TakesASlashForABackslash) {
+  EXPECT_TRUE(IsNetworkPath(L"//server/share/a.txt"));
+  EXPECT_EQ(ServerOfPath(L"//server/share/a.txt"), L"server");
+  EXPECT_EQ(ServerOfPath(L"/\\server\\share"), L"server");
+}
+
+TEST(NetworkPath, IsNoneBehindAPrefixUnlessThatNamesTheNetwork) {
+  for (const wchar_t* local : {L"\\\\?\\C:\\a.txt", L"\\\\?\\Volume{1}\\a", L"\\\\.\\C:\\a.txt",
+                               L"\\\\.\\UNC\\server\\a", L"\\\\?\\UNC", L"\\\\?\\UNCLE\\a"}) {
+    EXPECT_FALSE(IsNetworkPath(local)) << Narrow(local);
+    EXPECT_EQ(ServerOfPath(local), L"");
+  }
+  for (const wchar_t* network :
+       {L"\\\\?\\UNC\\server\\share\\a.txt", L"\\\\?\\unc\\server", L"//?/UNC/server/share"}) {
+    EXPECT_TRUE(IsNetworkPath(network)) << Narrow(network);
+    EXPECT_EQ(ServerOfPath(network), L"server") << Narrow(network);
+  }
+}
+
 TEST(SizeText, ShowsLessThan1024BytesWithAtLeastThreeDigits) {
   EXPECT_EQ(SizeText(0), L"000 Bytes");
   EXPECT_EQ(SizeText(5), L"005 Bytes");

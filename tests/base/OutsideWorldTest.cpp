@@ -5,9 +5,13 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "app/base/File.h"
 #include "app/base/HostCheck.h"
@@ -143,6 +147,94 @@ TEST_F(OpenDialog, ReportsASelectionThatIsTooLong) {
   const OnDialog answer([&](HWND dialog) { SetFileNames(dialog, dir_.Path(L"files\\c.txt").c_str()); });
 
   EXPECT_THROW(SystemWorld().openFiles(request_), std::runtime_error);
+}
+
+// The Open dialog by functions that stand for those of one system or another.
+class ChosenFiles : public testing::Test {
+ protected:
+  ChosenFiles() { request_.flags = OFN_EXPLORER | OFN_ALLOWMULTISELECT; }
+  // A dialog that writes this, whatever it was told of the room.
+  std::optional<std::wstring> With(std::wstring_view written) {
+    return Choose(
+        [&](OPENFILENAMEW& dialog) -> BOOL {
+          announced_ = dialog.nMaxFile;
+          std::copy(written.begin(), written.end(), dialog.lpstrFile);
+          return TRUE;
+        },
+        0);
+  }
+  // One that fails with this code.
+  std::optional<std::wstring> Failing(DWORD code) {
+    return Choose([](OPENFILENAMEW&) -> BOOL { return FALSE; }, code);
+  }
+  static std::wstring Selection(int names) {
+    std::wstring text = L"C:\\docs";
+    for (int i = 0; i < names; ++i)
+      text += std::wstring(1, L'\0') + L"A file name of some length " + std::to_wstring(i);
+    return text;
+  }
+  OpenFilesRequest request_;
+  DWORD announced_ = 0;
+
+ private:
+  std::optional<std::wstring> Choose(const std::function<BOOL(OPENFILENAMEW&)>& show, DWORD code) {
+    return OpenFilesBy(
+        show, [code] { return code; }, request_);
+  }
+};
+
+TEST_F(ChosenFiles, AnnouncesTheSizeThatIsAskedFor) {
+  EXPECT_EQ(With(L"C:\\a.txt"), L"C:\\a.txt");
+  EXPECT_EQ(announced_, 32000u);
+}
+
+TEST_F(ChosenFiles, TakesAllOfASelectionThatWasWrittenPastTheAnnouncedSize) {
+  for (const int names : {2400, 100'000}) {
+    const std::wstring selection = Selection(names);
+    ASSERT_GT(selection.size(), 32000u);
+    EXPECT_TRUE(With(selection) == selection);
+  }
+}
+
+TEST_F(ChosenFiles, TakesNoneOfASelectionWithoutAnEnd) {
+  EXPECT_THROW(OpenFilesBy(
+                   [&](OPENFILENAMEW& dialog) -> BOOL {
+                     // All the room there is.
+                     for (wchar_t* unit = dialog.lpstrFile;
+                          unit != dialog.lpstrFile + dialog.nMaxFile + (8 << 20); ++unit)
+                       *unit = L'x';
+                     return TRUE;
+                   },
+                   [] { return DWORD{0}; }, request_),
+               TooManyFiles);
+}
+
+TEST_F(ChosenFiles, ThrowsTooManyFilesWhereTheDialogRefusesThem) {
+  EXPECT_THROW(Failing(0x3003), TooManyFiles);  // FNERR_BUFFERTOOSMALL
+}
+
+TEST_F(ChosenFiles, GivesNothingOnCancelAndTellsOfOtherFailures) {
+  EXPECT_EQ(Failing(0), std::nullopt);
+  try {
+    Failing(0x3001);
+    ADD_FAILURE() << "no exception";
+  } catch (const TooManyFiles&) {
+    ADD_FAILURE() << "not that failure";
+  } catch (const std::runtime_error&) {
+  }
+}
+
+TEST(SystemWorld, KnowsWhetherTheButtonThatDragsIsDown) {
+  const OutsideWorld world = SystemWorld();
+  EXPECT_FALSE(world.dragButtonDown());
+  INPUT input{};
+  input.type = INPUT_MOUSE;
+  input.mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
+  SendInput(1, &input, sizeof input);
+  EXPECT_TRUE(world.dragButtonDown());
+  input.mi.dwFlags = MOUSEEVENTF_LEFTUP;
+  SendInput(1, &input, sizeof input);
+  EXPECT_FALSE(world.dragButtonDown());
 }
 
 TEST(SystemWorld, RenamesCopiesAndMovesFilesThroughTheShell) {

@@ -65,6 +65,27 @@ TEST_F(AddFiles, CountsAnItemThatCameFromAnotherCategoryByItsLeadingNumber) {
   EXPECT_EQ(FileIndexes(), (Texts{L"12#old_", L"13#K_"}));
 }
 
+// An item keeps its index wherever it goes.
+TEST_F(AddFiles, PassesOverANumberWhoseItemWasMovedToAnotherCategory) {
+  StartWithCategory();
+  Add({L"C:\\1.txt", L"C:\\2.txt", L"C:\\3.txt"});
+  Execute(L"UPDATE FTable SET TreeviewNode=\"B_\" WHERE FileIndex=\"3#K_\"");
+  Execute(L"UPDATE FTable SET TreeviewNode=\"B_\" WHERE FileIndex=\"2#K_\"");
+
+  Add({L"C:\\4.txt", L"C:\\5.txt"});
+
+  EXPECT_EQ(FileIndexes(), (Texts{L"1#K_", L"4#K_", L"5#K_"}));
+  EXPECT_EQ(FileIndexes(L"B_"), (Texts{L"2#K_", L"3#K_"}));
+}
+
+TEST_F(AddFiles, OverflowsWhereTheLastNumbersAreTakenElsewhere) {
+  StartWithCategory();
+  AddItem(L"K_", 32766, {L"old"});
+  Execute(L"INSERT INTO FTable VALUES(\"B_\",\"32767#K_\",\"\",\"\",\"\",\"\",'')");
+  EXPECT_THROW(Add({L"C:\\over.txt"}), std::overflow_error);
+  EXPECT_EQ(FileIndexes(), Texts{L"32766#K_"});
+}
+
 TEST_F(AddFiles, WritesAllSevenFields) {
   StartWithCategory();
   Add({L"C:\\docs\\my notes.txt"});

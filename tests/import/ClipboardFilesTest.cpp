@@ -1,3 +1,7 @@
+#include "app/base/Win32.h"
+
+#include <shlobj.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -53,6 +57,19 @@ TEST_F(ReadClipboardFiles, CutsAPathThatIsLongerThanItsBufferAfter259Units) {
 TEST_F(ReadClipboardFiles, IsEmptyWhereTheClipboardHoldsAText) {
   CopyText(L"C:\\a.txt");
   EXPECT_EQ(Read(), Texts{});
+}
+
+// Some systems find one file without a name in it.
+TEST_F(ReadClipboardFiles, IsEmptyForAListWithoutFiles) {
+  DROPFILES head{};
+  head.pFiles = sizeof head;
+  head.fWide = TRUE;
+  for (const std::size_t closing : {std::size_t{1}, std::size_t{2}}) {
+    std::string bytes(sizeof head + closing * sizeof(wchar_t), '\0');
+    std::memcpy(bytes.data(), &head, sizeof head);
+    SetClipboard(CF_HDROP, bytes.data(), bytes.size());
+    EXPECT_EQ(Read(), Texts{}) << closing;
+  }
 }
 
 TEST_F(ReadClipboardFiles, IsEmptyForAnEmptyClipboard) {

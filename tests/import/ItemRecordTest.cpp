@@ -55,9 +55,14 @@ TEST(InsertStatement, ListsSixValuesInDoubleQuotesAndTheEmptyComment) {
 }
 
 TEST(InsertStatement, EscapesNothing) {
-  EXPECT_EQ(imports::InsertStatement(imports::MakeRecord(L"K", 1, L"C:\\it's \"so\".txt", L"t")),
-            L"INSERT INTO FTable VALUES(\"K\",\"1#K\",\"it's \"so\"\",\"it's \"so\".txt\","
-            L"\"C:\\it's \"so\".txt\",\"t\",'')");
+  EXPECT_EQ(imports::InsertStatement(imports::MakeRecord(L"K", 1, L"C:\\it's so.txt", L"t")),
+            L"INSERT INTO FTable VALUES(\"K\",\"1#K\",\"it's so\",\"it's so.txt\","
+            L"\"C:\\it's so.txt\",\"t\",'')");
+}
+
+TEST(InsertStatement, IsNotMadeOfAFieldWithADoubleQuote) {
+  EXPECT_THROW(imports::InsertStatement(imports::MakeRecord(L"K", 1, L"C:\\it's \"so\".txt", L"t")),
+               jet::Error);
 }
 
 TEST(LeadingNumber, IsTheDecimalNumberAtTheStart) {
@@ -81,6 +86,18 @@ TEST(ItemNumbers, CountOnFromTheLargest) {
   imports::ItemNumbers numbers(4, imports::kLargest16Bit);
   EXPECT_EQ(numbers.Next(), 5);
   EXPECT_EQ(numbers.Next(), 6);
+}
+
+TEST(ItemNumbers, PassOverThoseThatAreTaken) {
+  imports::ItemNumbers numbers(4, imports::kLargest16Bit,
+                               [](std::int64_t number) { return number == 5 || number == 6 || number == 8; });
+  EXPECT_EQ(numbers.Next(), 7);
+  EXPECT_EQ(numbers.Next(), 9);
+}
+
+TEST(ItemNumbers, OverflowWhenEveryNumberUpToTheLimitIsTaken) {
+  imports::ItemNumbers numbers(32760, imports::kLargest16Bit, [](std::int64_t) { return true; });
+  EXPECT_THROW(numbers.Next(), std::overflow_error);
 }
 
 TEST(ItemNumbers, OverflowPastTheLimit) {

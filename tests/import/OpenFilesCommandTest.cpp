@@ -117,6 +117,41 @@ TEST_F(InputDialog, ShowsAFailureInItsOwnBoxAndKeepsTheRowsBeforeIt) {
   EXPECT_EQ(Column(2), Texts{L"good.txt"});
 }
 
+TEST_F(InputDialog, SaysThatTooManyFilesWereChosenAndAddsNone) {
+  for (const auto& [language, text] :
+       {std::pair{L"English", L"Too many files were selected at once. None was added; please select fewer."},
+        std::pair{L"Chinese_S", L"一次选择的文件太多，未添加任何文件。请减少选择的数量。"},
+        std::pair{L"Chinese_T", L"一次選取的檔案太多，未加入任何檔案。請減少選取的數量。"}}) {
+    End();
+    StartWithCategory();
+    program.languageName = language;
+    world.boxes.clear();
+    world.openFiles = [](const OpenFilesRequest&) -> std::optional<std::wstring> { throw TooManyFiles(); };
+    world.answers = {IDOK};
+
+    Command(L"meu_Input_Dialog");
+
+    ASSERT_EQ(world.boxes.size(), 1u);
+    EXPECT_EQ(world.boxes[0].text, text);
+    EXPECT_EQ(world.boxes[0].title, L"Kestrelon");
+    EXPECT_EQ(world.boxes[0].flags, static_cast<UINT>(MB_OK | MB_ICONINFORMATION));
+    EXPECT_EQ(List().Count(), 0u);
+    EXPECT_TRUE(program.databaseSaved);
+  }
+}
+
+TEST_F(InputDialog, TakesMoreNamesThanTheDialogIsSaidToReturn) {
+  StartWithCategory();
+  std::wstring selection = L"C:\\docs";
+  for (int i = 0; i < 2400; ++i)
+    selection += std::wstring(1, L'\0') + L"A file name of some length " + std::to_wstring(i);
+  ASSERT_GT(selection.size(), 64000u);
+  world.openedFiles = {selection};
+  Command(L"meu_Input_Dialog");
+  EXPECT_EQ(List().Count(), 2400u);
+  EXPECT_EQ(Cell(2399, 2), L"A file name of some length 2399");
+}
+
 TEST_F(InputDialog, CountsIn16Bits) {
   StartWithCategory();
   AddItem(L"K_", 32767, {L"last"});

@@ -324,7 +324,7 @@ TEST_F(ClipboardDialog, InsertWithoutACategoryAsksForOneAndUnticksWithSelectAll)
   EXPECT_TRUE(program.databaseSaved);
 }
 
-TEST_F(ClipboardDialog, ShowsAFailureInItsOwnBoxAndKeepsItsRowsAndThoseInsertedBefore) {
+TEST_F(ClipboardDialog, ShowsAFailureInItsOwnBoxAndKeepsTheRowsThatWereNotInserted) {
   StartWithCategory();
   world.answers = {IDOK};
   OpenWith({L"C:\\good.txt", L"C:\\ba\"d.txt", L"C:\\never.txt"}, [this](inputDialog& dialog) {
@@ -332,14 +332,95 @@ TEST_F(ClipboardDialog, ShowsAFailureInItsOwnBoxAndKeepsItsRowsAndThoseInsertedB
     Insert(dialog);
     ASSERT_EQ(world.boxes.size(), 1u);
     EXPECT_EQ(world.boxes[0].owner, dialog.Handle());
-    EXPECT_EQ(Shown(dialog).size(), 3u);
-    EXPECT_EQ(Ticked(dialog), (Rows{0, 1, 2}));
+    EXPECT_EQ(Shown(dialog), (Texts{L"C:\\ba\"d.txt", L"C:\\never.txt"}));
+    EXPECT_EQ(Ticked(dialog), Rows{});
+    EXPECT_FALSE(Check1(dialog));
   });
   EXPECT_EQ(world.boxes[0].title, L"Command1_Click Error:");
   EXPECT_TRUE(world.boxes[0].text.starts_with(L"Unkonw Error:")) << Narrow(world.boxes[0].text);
   EXPECT_EQ(Items(), Texts{L"K_|1#K_|C:\\good.txt"});
   EXPECT_EQ(Column(2), Texts{L"good.txt"});
   EXPECT_FALSE(program.databaseSaved);
+}
+
+TEST_F(ClipboardDialog, AddsNothingTwiceWhenInsertIsPressedAgainAfterAFailure) {
+  StartWithCategory();
+  world.answers = {IDOK};
+  OpenWith({L"C:\\left.txt", L"C:\\1.txt", L"C:\\2.txt", L"C:\\ba\"d.txt", L"C:\\3.txt"},
+           [](inputDialog& dialog) {
+             Tick(dialog, {1, 2, 3, 4});
+             Insert(dialog);
+             ASSERT_EQ(Shown(dialog), (Texts{L"C:\\left.txt", L"C:\\ba\"d.txt", L"C:\\3.txt"}));
+             Tick(dialog, {0, 2});
+             Insert(dialog);
+             EXPECT_EQ(Shown(dialog), Texts{L"C:\\ba\"d.txt"});
+           });
+  EXPECT_EQ(Items(), (Texts{L"K_|1#K_|C:\\1.txt", L"K_|2#K_|C:\\2.txt", L"K_|3#K_|C:\\left.txt",
+                            L"K_|4#K_|C:\\3.txt"}));
+}
+
+TEST_F(ClipboardDialog, KeepsTheTicksWhereNothingWasInserted) {
+  StartWithCategory();
+  world.answers = {IDOK};
+  OpenWith({L"C:\\ba\"d.txt", L"C:\\never.txt"}, [](inputDialog& dialog) {
+    ClickCheck1(dialog);
+    Insert(dialog);
+    EXPECT_EQ(Ticked(dialog), (Rows{0, 1}));
+    EXPECT_TRUE(Check1(dialog));
+  });
+}
+
+TEST_F(ClipboardDialog, UnticksSelectAllWhenOtherFilesAreCopied) {
+  StartWithCategory();
+  OpenWith({L"C:\\a.txt", L"C:\\b.txt"}, [](inputDialog& dialog) {
+    ClickCheck1(dialog);
+    ASSERT_TRUE(Check1(dialog));
+    CopyFiles({L"C:\\c.txt"});
+    EXPECT_TRUE(Shows(dialog, {L"C:\\c.txt"}));
+    EXPECT_FALSE(Check1(dialog));
+    EXPECT_EQ(Ticked(dialog), Rows{});
+  });
+}
+
+// A box that an insert shows lets messages in.
+TEST_F(ClipboardDialog, ShowsWhatIsCopiedDuringAnInsertOnlyAfterIt) {
+  StartWithCategory();
+  OpenWith({L"C:\\good.txt", L"C:\\ba\"d.txt", L"C:\\never.txt"}, [this](inputDialog& dialog) {
+    Texts during;
+    world.messageBox = [&](HWND, const std::wstring&, const std::wstring&, UINT) {
+      CopyFiles({L"C:\\new 1.txt", L"C:\\new 2.txt"});
+      SendMessageW(dialog.Handle(), WM_DRAWCLIPBOARD, 0, 0);
+      SendMessageW(dialog.Handle(), WM_CLOSE, 0, 0);
+      Insert(dialog);
+      during = Shown(dialog);
+      return IDOK;
+    };
+    Tick(dialog, {0, 1});
+    Insert(dialog);
+    EXPECT_EQ(during, (Texts{L"C:\\ba\"d.txt", L"C:\\never.txt"}));
+    EXPECT_TRUE(Shows(dialog, {L"C:\\new 1.txt", L"C:\\new 2.txt"}));
+  });
+  EXPECT_EQ(Items(), Texts{L"K_|1#K_|C:\\good.txt"});
+}
+
+TEST_F(ClipboardDialog, RemovesOnlyItsOwnRowsWhenTheListCannotBeShownAndFilesAreCopiedMeanwhile) {
+  StartWithCategory();
+  OpenWith({L"C:\\a.txt", L"C:\\b.txt"}, [this](inputDialog& dialog) {
+    Texts titles;
+    world.messageBox = [&](HWND, const std::wstring&, const std::wstring& title, UINT) {
+      titles.push_back(title);
+      CopyFiles({L"C:\\new.txt"});
+      SendMessageW(dialog.Handle(), WM_DRAWCLIPBOARD, 0, 0);
+      EXPECT_EQ(Shown(dialog), (Texts{L"C:\\a.txt", L"C:\\b.txt"}));
+      return IDOK;
+    };
+    win::SetCurrentCategory(Parts(), L"", L"K\"_");  // a key that no statement takes
+    Tick(dialog, {0});
+    Insert(dialog);
+    EXPECT_EQ(titles, (Texts{L"ShowData Error:", L"Command1_Click Error:"}));
+    EXPECT_TRUE(Shows(dialog, {L"C:\\new.txt"}));
+  });
+  EXPECT_EQ(Items(), Texts{});
 }
 
 TEST_F(ClipboardDialog, CountsIn16Bits) {

@@ -1,5 +1,8 @@
 // Giving files the aliases of their items as names.
 
+#include <functional>
+#include <utility>
+
 #include "items/AliasAsFileName.h"
 #include "tests/items/ItemDialogFixture.h"
 
@@ -26,8 +29,31 @@ TEST(FileNameStatement, QuotesItsValues) {
 
 class AliasAsFileName : public ItemDialogFixture {
  protected:
-  // The shell itself instead of the queue of answers.
-  void UseTheShell() { world.shellFileOperation = SystemWorld().shellFileOperation; }
+  // The shell itself instead of the queue of answers; what it is asked is written down.
+  void UseTheShell() {
+    world.shellFileOperation = [this, shell = SystemWorld().shellFileOperation](
+                                   HWND owner, UINT function, const std::wstring& from,
+                                   const std::wstring& to, WORD flags) {
+      world.shellOperations.push_back({function, from, to, flags});
+      return shell(owner, function, from, to, flags);
+    };
+  }
+  // A shell that succeeds in its own way.
+  void UseAShellThat(std::function<void(const std::wstring& from, const std::wstring& to)> act) {
+    world.shellFileOperation = [this, act = std::move(act)](HWND, UINT function, const std::wstring& from,
+                                                            const std::wstring& to, WORD flags) {
+      world.shellOperations.push_back({function, from, to, flags});
+      act(from, to);
+      return true;
+    };
+  }
+  // Makes the file of each item, and the shell rename them.
+  void StartWithFiles(const std::vector<std::pair<const wchar_t*, const wchar_t*>>& aliasesAndNames) {
+    std::vector<Item> items;
+    for (const auto& [alias, name] : aliasesAndNames) items.push_back({alias, name, dir.WriteFile(name)});
+    StartWith(items);
+    UseTheShell();
+  }
   Texts Files() { return Query(L"SELECT Filename, LocalFile FROM FTable", 2); }
   void ExpectUnchanged(const std::wstring& name, const std::wstring& path) {
     EXPECT_EQ(Files(), Texts{name + L"|" + path});
@@ -59,30 +85,28 @@ TEST_F(AliasAsFileName, RenamesTheFileAndChangesTableAndList) {
 }
 
 TEST_F(AliasAsFileName, AsksTheShellInThisWay) {
-  StartWith({{L"new", L"f.txt", L"C:\\docs\\f.txt"}});
-  world.shellResults = {true};
+  StartWithFiles({{L"new", L"f.txt"}});
 
   Command(L"meu_Definenameasfilename");
 
   ASSERT_EQ(world.shellOperations.size(), 1u);
   EXPECT_EQ(world.shellOperations[0].function, 4u);
-  EXPECT_EQ(world.shellOperations[0].from, L"C:\\docs\\f.txt");
-  EXPECT_EQ(world.shellOperations[0].to, L"C:\\docs\\new.txt");
+  EXPECT_EQ(world.shellOperations[0].from, dir.Path(L"f.txt"));
+  EXPECT_EQ(world.shellOperations[0].to, dir.Path(L"new.txt"));
   EXPECT_EQ(world.shellOperations[0].flags, 0x400);
-  EXPECT_EQ(Files(), Texts{L"new.txt|C:\\docs\\new.txt"});
+  EXPECT_EQ(Files(), Texts{L"new.txt|" + dir.Path(L"new.txt")});
 }
 
 TEST_F(AliasAsFileName, TakesEverySelectedRowInListOrder) {
-  StartWith({{L"1", L"f.a", L"C:\\f.a"}, {L"2", L"f.b", L"C:\\f.b"}, {L"3", L"f.c", L"C:\\f.c"}});
+  StartWithFiles({{L"1", L"f.a"}, {L"2", L"f.b"}, {L"3", L"f.c"}});
   List().SelectOnly(2);
   List().Select(0, true);
-  world.shellResults = {true, true};
 
   Command(L"meu_Definenameasfilename");
 
   ASSERT_EQ(world.shellOperations.size(), 2u);
-  EXPECT_EQ(world.shellOperations[0].from, L"C:\\f.a");
-  EXPECT_EQ(world.shellOperations[1].from, L"C:\\f.c");
+  EXPECT_EQ(world.shellOperations[0].from, dir.Path(L"f.a"));
+  EXPECT_EQ(world.shellOperations[1].from, dir.Path(L"f.c"));
   EXPECT_EQ(Column(2), (Texts{L"1.a", L"f.b", L"3.c"}));
   EXPECT_EQ(List().SelectedRows(), (std::vector<std::size_t>{0, 2}));
 }
@@ -99,8 +123,8 @@ TEST_F(AliasAsFileName, LeavesRowAndTableForACharacterThatNoFileNameMayHold) {
   UseTheShell();
   const std::wstring path = dir.WriteFile(L"docs\\f.txt");
   dir.WriteFile(L"docs\\sub\\other.txt");
-  for (const wchar_t* alias :
-       {L"a?b", L"a*b", L"a\"b", L"a<b", L"a>b", L"a|b", L"sub\\b", L"sub/b", L"..\\b"}) {
+  for (const wchar_t* alias : {L"a?b", L"a*b", L"a\"b", L"a<b", L"a>b", L"a|b", L"sub\\b", L"sub/b", L"..\\b",
+                               L"a:b", L"a\tb", L"NUL", L"com1", L"Lpt\u00B9"}) {
     End();
     StartWith({});
     // The engine's face takes no double quote inside a value: the row alone shows this alias.
@@ -114,6 +138,7 @@ TEST_F(AliasAsFileName, LeavesRowAndTableForACharacterThatNoFileNameMayHold) {
 
     ExpectUnchanged(L"f.txt", path);
     EXPECT_TRUE(FileExists(path)) << Narrow(alias);
+    EXPECT_TRUE(world.shellOperations.empty()) << Narrow(alias);
   }
   EXPECT_FALSE(FileExists(dir.Path(L"docs\\sub\\b.txt")));
   EXPECT_FALSE(FileExists(dir.Path(L"b.txt")));
@@ -138,6 +163,100 @@ TEST_F(AliasAsFileName, LeavesTheRowWhenTheNameIsTaken) {
   ExpectUnchanged(L"f.txt", path);
   EXPECT_EQ(ScopedTestDir::ReadBytes(path), "mine");
   EXPECT_EQ(ScopedTestDir::ReadBytes(taken), "other");
+}
+
+TEST_F(AliasAsFileName, DoesNotAskTheShellForANameThatIsTakenByAFileOrAFolder) {
+  dir.WriteFile(L"taken.txt", "other");
+  dir.WriteFile(L"folder.txt\\inside");
+  StartWith({{L"TAKEN", L"1.txt", dir.WriteFile(L"1.txt")}, {L"folder", L"2.txt", dir.WriteFile(L"2.txt")}});
+  List().SelectAll();
+  Command(L"meu_Definenameasfilename");
+  EXPECT_TRUE(world.shellOperations.empty());
+  EXPECT_EQ(Column(2), (Texts{L"1.txt", L"2.txt"}));
+}
+
+TEST_F(AliasAsFileName, ChangesNoMoreThanTheCaseOfTheName) {
+  StartWithFiles({{L"Report", L"REPORT.TXT"}});
+
+  Command(L"meu_Definenameasfilename");
+
+  EXPECT_EQ(world.shellOperations.size(), 1u);
+  EXPECT_EQ(Files(), Texts{L"Report.TXT|" + dir.Path(L"Report.TXT")});
+  WIN32_FIND_DATAW entry;
+  const HANDLE search = FindFirstFileW(dir.Path(L"report.txt").c_str(), &entry);
+  ASSERT_NE(search, INVALID_HANDLE_VALUE);
+  FindClose(search);
+  EXPECT_STREQ(entry.cFileName, L"Report.TXT");
+}
+
+TEST_F(AliasAsFileName, LeavesTheRowWhenTheCaseOfTheNameOnDiskStaysAsItWas) {
+  const std::wstring path = dir.WriteFile(L"REPORT.TXT");
+  StartWith({{L"Report", L"REPORT.TXT", path}});
+  UseAShellThat([](const std::wstring&, const std::wstring&) {});
+  Command(L"meu_Definenameasfilename");
+  EXPECT_EQ(world.shellOperations.size(), 1u);
+  ExpectUnchanged(L"REPORT.TXT", path);
+}
+
+TEST_F(AliasAsFileName, LeavesTheRowWhenTheShellFindsANameOfItsOwn) {
+  const std::wstring path = dir.WriteFile(L"f.txt");
+  StartWith({{L"new", L"f.txt", path}});
+  UseAShellThat([](const std::wstring& from, const std::wstring& to) {
+    MoveFileW(from.c_str(), (FolderOfPath(to) + L"new (2).txt").c_str());
+  });
+  Command(L"meu_Definenameasfilename");
+  ExpectUnchanged(L"f.txt", path);
+}
+
+TEST_F(AliasAsFileName, LeavesTheRowWhenTheShellCopiesInsteadOfRenaming) {
+  const std::wstring path = dir.WriteFile(L"f.txt");
+  StartWith({{L"new", L"f.txt", path}});
+  UseAShellThat(
+      [](const std::wstring& from, const std::wstring& to) { CopyFileW(from.c_str(), to.c_str(), TRUE); });
+  Command(L"meu_Definenameasfilename");
+  ExpectUnchanged(L"f.txt", path);
+}
+
+TEST_F(AliasAsFileName, AsksNothingForAFileThatHasTheNameAlready) {
+  const std::wstring path = dir.WriteFile(L"f.txt");
+  StartWith({{L"f", L"f.txt", path}});
+  Command(L"meu_Definenameasfilename");
+  EXPECT_TRUE(world.shellOperations.empty());
+  ExpectUnchanged(L"f.txt", path);
+}
+
+TEST_F(AliasAsFileName, RefusesWildcardsAndPathsThatAreNotAbsolute) {
+  dir.WriteFile(L"a.txt");
+  for (const std::wstring& path : {dir.Path(L"*.txt"), dir.Path(L"?.txt"), std::wstring(L"a.txt"),
+                                   std::wstring(L"C:a.txt"), std::wstring(L"\\a.txt")}) {
+    End();
+    StartWith({{L"new", L"a.txt", path}});
+    Command(L"meu_Definenameasfilename");
+    ExpectUnchanged(L"a.txt", path);
+  }
+  EXPECT_TRUE(world.shellOperations.empty());
+  EXPECT_TRUE(FileExists(dir.Path(L"a.txt")));
+}
+
+TEST_F(AliasAsFileName, RefusesADotOrABlankAtTheEndOfTheNameOnDisk) {
+  const std::wstring readme = dir.WriteFile(L"README"), text = dir.WriteFile(L"f.txt");
+  StartWith({{L"a.", L"README", readme}, {L"b ", L"README", readme}, {L"c. ", L"f.txt", text}});
+  List().SelectAll();
+  UseTheShell();
+  Command(L"meu_Definenameasfilename");
+  EXPECT_EQ(Column(2), (Texts{L"README", L"README", L"c. .txt"})) << "before an extension they are no end";
+}
+
+TEST_F(AliasAsFileName, SaysOnceThatPathsAreTooLong) {
+  const std::wstring a = dir.WriteFile(L"a.txt"), b = dir.WriteFile(L"b.txt");
+  StartWith({{std::wstring(250, L'x'), L"a.txt", a}, {std::wstring(251, L'y'), L"b.txt", b}});
+  List().SelectAll();
+  world.answers = {IDOK};
+  Command(L"meu_Definenameasfilename");
+  EXPECT_TRUE(world.shellOperations.empty());
+  ASSERT_EQ(world.boxes.size(), 1u);
+  EXPECT_EQ(world.boxes[0].text, L"The path is longer than 259 characters; left out: 2");
+  EXPECT_EQ(Column(3), (Texts{a, b}));
 }
 
 TEST_F(AliasAsFileName, CarriesOnWithTheOtherRowsAfterAFailure) {
@@ -176,18 +295,37 @@ TEST_F(AliasAsFileName, DoesNotMoveAFileWithoutExtensionInAFolderWithADot) {
 }
 
 TEST_F(AliasAsFileName, GivesTheFileItsOldNameBackWhenTheTableRefusesTheNewOne) {
-  StartWith({{L"alias", L"f.txt", L"C:\\f.txt"}});
-  List().SetText(0, 1, L"a\"b");
-  world.shellResults = {true, true};
+  const std::wstring path = dir.WriteFile(L"f.txt", "content"), hidden = program.dataFolder + L"hidden",
+                     database = program.dataFolder + L"default.dat";
+  StartWith({{L"new", L"f.txt", path}});
+  UseAShellThat([&](const std::wstring& from, const std::wstring& to) {
+    MoveFileW(from.c_str(), to.c_str());
+    if (from != path) return;
+    Parts().connection.Ado().Close();
+    MoveFileW(database.c_str(), hidden.c_str());
+  });
 
   Command(L"meu_Definenameasfilename");
 
+  ASSERT_TRUE(MoveFileW(hidden.c_str(), database.c_str()));
   ASSERT_EQ(world.shellOperations.size(), 2u);
   EXPECT_EQ(world.shellOperations[1].function, 4u);
-  EXPECT_EQ(world.shellOperations[1].from, L"C:\\a\"b.txt");
-  EXPECT_EQ(world.shellOperations[1].to, L"C:\\f.txt");
+  EXPECT_EQ(world.shellOperations[1].from, dir.Path(L"new.txt"));
+  EXPECT_EQ(world.shellOperations[1].to, path);
   EXPECT_EQ(world.shellOperations[1].flags, 0x400);
-  ExpectUnchanged(L"f.txt", L"C:\\f.txt");
+  EXPECT_EQ(ScopedTestDir::ReadBytes(path), "content");
+  ExpectUnchanged(L"f.txt", path);
+}
+
+TEST_F(AliasAsFileName, RenamesNoFileWhoseItemNoStatementCanName) {
+  StartWithFiles({{L"new", L"1.txt"}, {L"next", L"2.txt"}});
+  std::vector<win::ListRow> rows = List().Rows();
+  rows[0].SetTag(L"1\"#A_");
+  List().SetRows(rows);
+  List().SelectAll();
+  Command(L"meu_Definenameasfilename");
+  EXPECT_EQ(Column(2), (Texts{L"1.txt", L"next.txt"}));
+  EXPECT_TRUE(FileExists(dir.Path(L"1.txt")));
 }
 
 TEST_F(AliasAsFileName, DoesNothingWithoutASelection) {
@@ -200,7 +338,7 @@ TEST_F(AliasAsFileName, DoesNothingWithoutASelection) {
 // While rows are worked on, messages are handled: the commands that would change the rows are off, and come
 // on again.
 TEST_F(AliasAsFileName, KeepsTheWindowAliveWithItsCommandsOff) {
-  StartWith({{L"1", L"f.a", L"C:\\f.a"}, {L"2", L"f.b", L"C:\\f.b"}});
+  StartWithFiles({{L"1", L"f.a"}, {L"2", L"f.b"}});
   List().SelectAll();
   bool listEnabled = true, treeEnabled = true, commandsEnabled = true;
   int handled = 0;
@@ -227,14 +365,14 @@ TEST_F(AliasAsFileName, KeepsTheWindowAliveWithItsCommandsOff) {
 }
 
 TEST_F(AliasAsFileName, StopsAfterTheRowAtWhichTheWindowIsClosed) {
-  StartWith({{L"1", L"f.a", L"C:\\f.a"}, {L"2", L"f.b", L"C:\\f.b"}});
+  StartWithFiles({{L"1", L"f.a"}, {L"2", L"f.b"}});
   List().SelectAll();
   int renamed = 0;
-  world.shellFileOperation = [&](HWND, UINT, const std::wstring&, const std::wstring&, WORD) {
+  UseAShellThat([&](const std::wstring& from, const std::wstring& to) {
     ++renamed;
+    MoveFileW(from.c_str(), to.c_str());
     PostMessageW(form->Handle(), WM_CLOSE, 0, 0);
-    return true;
-  };
+  });
   world.answers = {IDCANCEL};  // to "Save Changes ? "
 
   Command(L"meu_Definenameasfilename");
@@ -246,7 +384,10 @@ TEST_F(AliasAsFileName, StopsAfterTheRowAtWhichTheWindowIsClosed) {
 
 TEST_F(AliasAsFileName, TakesAThousandRows) {
   std::vector<Item> items;
-  for (int i = 0; i < 1000; ++i) items.push_back({L"n" + std::to_wstring(i), L"f.txt", L"C:\\f.txt"});
+  for (int i = 0; i < 1000; ++i) {
+    const std::wstring name = L"f" + std::to_wstring(i) + L".txt";
+    items.push_back({L"n" + std::to_wstring(i), name, dir.WriteFile(name)});
+  }
   StartWith({});
   {
     store::Opened connection(Parts().connection);
@@ -256,15 +397,16 @@ TEST_F(AliasAsFileName, TakesAThousandRows) {
   }
   items::ShowData(Parts(), L"A_");
   List().SelectAll();
-  world.shellFileOperation = [](HWND, UINT, const std::wstring&, const std::wstring&, WORD) { return true; };
+  UseAShellThat(
+      [](const std::wstring& from, const std::wstring& to) { MoveFileW(from.c_str(), to.c_str()); });
 
   Command(L"meu_Definenameasfilename");
 
-  EXPECT_EQ(Cell(999, 3), L"C:\\n999.txt");
+  EXPECT_EQ(Cell(999, 3), dir.Path(L"n999.txt"));
   const Texts files = Files();
   ASSERT_EQ(files.size(), 1000u);
-  EXPECT_EQ(files[0], L"n0.txt|C:\\n0.txt");
-  EXPECT_EQ(files[999], L"n999.txt|C:\\n999.txt");
+  EXPECT_EQ(files[0], L"n0.txt|" + dir.Path(L"n0.txt"));
+  EXPECT_EQ(files[999], L"n999.txt|" + dir.Path(L"n999.txt"));
 }
 
 }  // namespace

@@ -21,9 +21,10 @@ TEST_F(DeleteItems, AsksTwoQuestions) {
   EXPECT_EQ(world.boxes[1].text, kSecond);
   for (const FakeWorld::Box& box : world.boxes) {
     EXPECT_EQ(box.title, L"Kestrelon");
-    EXPECT_EQ(box.flags, 36u);
     EXPECT_EQ(box.owner, form->Handle());
   }
+  EXPECT_EQ(world.boxes[0].flags, 36u);
+  EXPECT_EQ(world.boxes[1].flags, 36u | MB_DEFBUTTON2) << "Enter pressed twice leaves the files alone";
 }
 
 TEST_F(DeleteItems, AsksInTheLanguageInUse) {
@@ -102,6 +103,17 @@ TEST_F(DeleteItems, SendsTheFilesToTheRecycleBinFromTheLastRowToTheFirst) {
     EXPECT_EQ(operation.flags, 0x454);
   }
   EXPECT_EQ(Column(1), Texts{L"n2"});
+}
+
+TEST_F(DeleteItems, SaysThatAPathIsTooLongAndRemovesItsRow) {
+  StartWith({L"C:\\" + std::wstring(257, L'a'), L"C:\\b"});
+  world.answers = {IDYES, IDYES, IDOK};
+  world.shellResults = {true};
+  Command(L"meu_Delete");
+  EXPECT_EQ(SourcesGivenToTheShell(), Texts{L"C:\\b"});
+  EXPECT_EQ(TableIndexes(), Texts{});
+  ASSERT_EQ(world.boxes.size(), 3u);
+  EXPECT_EQ(world.boxes[2].text, L"The path is longer than 259 characters; left out: 1");
 }
 
 TEST_F(DeleteItems, TakesTheFileOutOfItsFolder) {

@@ -6,6 +6,7 @@
 
 #include "items/FilePropterty.h"
 #include "tests/items/ItemDialogFixture.h"
+#include "tests/support/BalloonSpy.h"
 
 namespace kestrelon::test {
 namespace {
@@ -123,9 +124,12 @@ TEST_F(FilePropterty, ADoubleQuoteInAnyFieldFailsChangesNothingAndLeavesTheDialo
   StartWith({{L"one", L"a.txt", L"C:\\a.txt", L"then", L"old"}});
   for (int field = 0; field < 4; ++field) {
     Properties([&](win::Form& dialog) {
+      const BalloonSpy balloons(Field(dialog, field));
       Put(dialog, field, L"say \"hello\"");
       PressOk(dialog);
       EXPECT_TRUE(IsWindow(dialog.Handle()));
+      EXPECT_EQ(GetFocus(), Field(dialog, field));
+      EXPECT_EQ(balloons.Texts(), Texts{kNoQuoteText});
       EXPECT_EQ(TextOf(Field(dialog, field)), L"say \"hello\"");
     });
   }
@@ -139,16 +143,37 @@ TEST_F(FilePropterty, ADoubleQuoteInAnyFieldFailsChangesNothingAndLeavesTheDialo
 TEST_F(FilePropterty, ATextLongerThanItsColumnFailsAndChangesNothing) {
   StartWith({{L"one", L"a.txt", L"C:\\a.txt", L"then", L"old"}});
   Properties([](win::Form& dialog) {
+    const BalloonSpy nameBalloons(Field(dialog, 0)), timeBalloons(Field(dialog, 2));
     Put(dialog, 0, std::wstring(256, L'x'));
     PressOk(dialog);
     ASSERT_TRUE(IsWindow(dialog.Handle()));
+    EXPECT_EQ(nameBalloons.Texts().size(), 1u);
     Put(dialog, 0, std::wstring(255, L'x'));
     Put(dialog, 2, std::wstring(51, L't'));
     PressOk(dialog);
     ASSERT_TRUE(IsWindow(dialog.Handle()));
+    EXPECT_EQ(nameBalloons.Texts().size(), 1u);
+    EXPECT_EQ(timeBalloons.Texts().size(), 1u);
+    EXPECT_EQ(GetFocus(), Field(dialog, 2));
   });
   EXPECT_EQ(Table(), Texts{L"one|a.txt|C:\\a.txt|then|old"});
   EXPECT_TRUE(world.boxes.empty());
+}
+
+TEST_F(FilePropterty, LimitsEachFieldToItsColumnAndTakesNoDoubleQuote) {
+  StartWith({{L"one"}});
+  Properties([&](win::Form& dialog) {
+    constexpr LRESULT kLimits[] = {255, 65535, 50, 65535};
+    for (int field = 0; field < 4; ++field) {
+      const BalloonSpy balloons(Field(dialog, field));
+      EXPECT_EQ(SendMessageW(Field(dialog, field), EM_GETLIMITTEXT, 0, 0), kLimits[field]);
+      Put(dialog, field, L"");
+      for (const wchar_t letter : std::wstring(L"\"a\""))
+        SendMessageW(Field(dialog, field), WM_CHAR, static_cast<WPARAM>(letter), 1);
+      EXPECT_EQ(TextOf(Field(dialog, field)), L"a");
+      EXPECT_EQ(balloons.Texts(), (Texts{kNoQuoteText, kNoQuoteText}));
+    }
+  });
 }
 
 TEST_F(FilePropterty, TakesTextsAsLongAsTheirColumns) {

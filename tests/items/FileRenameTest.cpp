@@ -2,6 +2,7 @@
 
 #include "items/FileRename.h"
 #include "tests/items/ItemDialogFixture.h"
+#include "tests/support/BalloonSpy.h"
 
 namespace kestrelon::test {
 namespace {
@@ -182,10 +183,14 @@ TEST_F(FileRename, ADoubleQuoteFailsChangesNothingAndLeavesTheDialogOpen) {
   StartWith({{L"alias"}});
 
   Rename([](win::Form& dialog) {
+    const BalloonSpy balloons(ControlOf(dialog, L"Text1"));
     SetWindowTextW(ControlOf(dialog, L"Text1"), L"say \"hello\"");
+    SetFocus(ControlOf(dialog, L"Command1", 0));
     Press(dialog, L"Command1", 0);
     EXPECT_TRUE(IsWindow(dialog.Handle()));
     EXPECT_EQ(TextOf(ControlOf(dialog, L"Text1")), L"say \"hello\"");
+    EXPECT_EQ(GetFocus(), ControlOf(dialog, L"Text1"));
+    EXPECT_EQ(balloons.Texts(), Texts{kNoQuoteText});
   });
 
   EXPECT_EQ(Aliases(), Texts{L"alias"});
@@ -193,6 +198,58 @@ TEST_F(FileRename, ADoubleQuoteFailsChangesNothingAndLeavesTheDialogOpen) {
   EXPECT_TRUE(program.databaseSaved);
   EXPECT_TRUE(world.boxes.empty());
   EXPECT_FALSE(Parts().connection.IsOpen());
+}
+
+TEST_F(FileRename, TakesNoDoubleQuoteThatIsTyped) {
+  for (const auto& [language, text] :
+       {std::pair{L"English", kNoQuoteText}, std::pair{L"Chinese_S", L"无法存储双引号，请改用“ ”。"},
+        std::pair{L"Chinese_T", L"無法儲存雙引號，請改用“ ”。"}}) {
+    End();
+    dir.settings.Write(L"Language", language);
+    StartWith({{L"alias"}});
+    Rename([&](win::Form& dialog) {
+      const BalloonSpy balloons(ControlOf(dialog, L"Text1"));
+      for (const wchar_t letter : std::wstring(L"x\", Filename=\"y"))
+        SendMessageW(ControlOf(dialog, L"Text1"), WM_CHAR, static_cast<WPARAM>(letter), 1);
+      EXPECT_EQ(balloons.Texts(), (Texts{text, text}));
+      Press(dialog, L"Command1", 0);
+    });
+    EXPECT_EQ(Query(L"SELECT DefineName, Filename FROM FTable", 2), Texts{L"x, Filename=y|f.txt"});
+  }
+}
+
+// What such an alias made of its statement would have given the item another file.
+TEST_F(FileRename, BalancedQuotesChangeNoOtherField) {
+  StartWith({{L"alias"}});
+  Rename([](win::Form& dialog) {
+    SetWindowTextW(ControlOf(dialog, L"Text1"), L"x\", Filename=\"gone");
+    Press(dialog, L"Command1", 0);
+    EXPECT_TRUE(IsWindow(dialog.Handle()));
+  });
+  EXPECT_EQ(Query(L"SELECT DefineName, Filename FROM FTable", 2), Texts{L"alias|f.txt"});
+}
+
+TEST_F(FileRename, LimitsWhatIsTypedToTheColumn) {
+  StartWith({{L"alias"}});
+  Rename([](win::Form& dialog) {
+    EXPECT_EQ(SendMessageW(ControlOf(dialog, L"Text1"), EM_GETLIMITTEXT, 0, 0), 255);
+  });
+}
+
+TEST_F(FileRename, SaysWhyAnAliasCouldNotBeStored) {
+  StartWith({{L"alias"}});
+  const std::wstring database = program.dataFolder + L"default.dat";
+  Rename([&](win::Form& dialog) {
+    const BalloonSpy balloons(ControlOf(dialog, L"Text1"));
+    DeleteIfThere(database);
+    SetWindowTextW(ControlOf(dialog, L"Text1"), L"new");
+    Press(dialog, L"Command1", 0);
+    EXPECT_TRUE(IsWindow(dialog.Handle()));
+    ASSERT_EQ(balloons.Texts().size(), 1u);
+    EXPECT_NE(balloons.Texts()[0].find(L"default.dat"), std::wstring::npos) << Narrow(balloons.Texts()[0]);
+  });
+  EXPECT_EQ(Column(1), Texts{L"alias"});
+  EXPECT_TRUE(world.boxes.empty());
 }
 
 TEST_F(FileRename, LeavesTheSelectionAndTheOtherColumnsAlone) {

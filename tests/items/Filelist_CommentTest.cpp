@@ -1,49 +1,9 @@
 // The comment window.
 
-#include "items/Filelist_Comment.h"
-#include "items/ShowData.h"
-#include "tests/support/MainFormFixture.h"
+#include "tests/items/CommentWindowFixture.h"
 
 namespace kestrelon::test {
 namespace {
-
-class CommentWindow : public MainFormFixture {
- protected:
-  // A category with three items, whose comments are "first", "second" and "third"; no row is selected.
-  void StartWithRows() {
-    Start();
-    SelectCategory(AddCategory(L"A_", L"Alpha"));
-    AddItem(L"A_", 1, {.alias = L"one", .comment = L"first"});
-    AddItem(L"A_", 2, {.alias = L"two", .comment = L"second"});
-    AddItem(L"A_", 3, {.alias = L"three", .comment = L"third"});
-    items::ShowData(Parts(), L"A_");
-    win::DoEvents();
-    program.databaseSaved = true;
-  }
-  void StartWithRowOneShown() {
-    StartWithRows();
-    Click(List().Handle(), MiddleOfRow(0));
-    Command(L"meu_comment");
-  }
-  win::Form& Window() { return *form->ListHelpers().comment; }
-  bool IsShown() {
-    return form->ListHelpers().comment && IsWindowVisible(form->ListHelpers().comment->Handle());
-  }
-  HWND Control(const wchar_t* name, int index = -1) { return Window().Find(name, index)->window; }
-  std::wstring Text(const wchar_t* name) { return TextOf(Control(name)); }
-  void Type(const std::wstring& text) {
-    SendMessageW(Control(L"Text1"), EM_SETSEL, 0, -1);
-    SendMessageW(Control(L"Text1"), EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
-  }
-  void Save() { SendMessageW(Control(L"Command1", 0), BM_CLICK, 0, 0); }
-  std::vector<std::wstring> Comments() { return Query(L"SELECT Comment FROM FTable", 1); }
-  void ExpectUnchanged() {
-    EXPECT_EQ(Comments(), (std::vector<std::wstring>{L"first", L"second", L"third"}));
-    EXPECT_EQ(Column(5), (std::vector<std::wstring>{L"first", L"second", L"third"}));
-    EXPECT_TRUE(program.databaseSaved);
-    EXPECT_TRUE(world.boxes.empty());
-  }
-};
 
 TEST_F(CommentWindow, OpensBesideTheMainWindowByItsMenuEntry) {
   StartWithRows();
@@ -130,14 +90,27 @@ TEST_F(CommentWindow, ForgetsTheItemWhenItIsClosed) {
   ExpectUnchanged();
 }
 
-TEST_F(CommentWindow, ShowsTheNewRowsCommentInPlaceOfWhatWasTyped) {
-  StartWithRowOneShown();
-  Type(L"not saved");
+TEST_F(CommentWindow, TakesNoTextWhileNoRowIsSelected) {
+  StartWithRows();
+  Command(L"meu_comment");
+  SendMessageW(Control(L"Text1"), WM_CHAR, L'x', 1);
+  EXPECT_EQ(Text(L"Text1"), L"");
+  EXPECT_FALSE(IsWindowEnabled(Control(L"Command1", 0)));
+
   Click(List().Handle(), MiddleOfRow(1));
-  EXPECT_EQ(Text(L"Text1"), L"second");
-  Click(List().Handle(), MiddleOfRow(0));
-  EXPECT_EQ(Text(L"Text1"), L"first");
-  ExpectUnchanged();
+
+  EXPECT_TRUE(IsWindowEnabled(Control(L"Command1", 0)));
+  SendMessageW(Control(L"Text1"), WM_CHAR, L'x', 1);
+  EXPECT_EQ(Text(L"Text1"), L"xsecond");
+}
+
+TEST_F(CommentWindow, TakesNoDoubleQuote) {
+  StartWithRowOneShown();
+  const BalloonSpy balloons(Control(L"Text1"));
+  for (const wchar_t letter : std::wstring(L"\"a\""))
+    SendMessageW(Control(L"Text1"), WM_CHAR, static_cast<WPARAM>(letter), 1);
+  EXPECT_EQ(Text(L"Text1"), L"afirst");
+  EXPECT_EQ(balloons.Texts(), (Texts{kNoQuoteText, kNoQuoteText}));
 }
 
 TEST_F(CommentWindow, KeepsWhatIsTypedWhenItsRowIsClickedAgain) {
@@ -154,6 +127,7 @@ TEST_F(CommentWindow, ShowsWhatADialogMadeOfItsRow) {
   List().SetText(0, 1, L"another alias");
   List().SetText(0, 5, L"another comment");
   EnableWindow(window, TRUE);
+  win::DoEvents();
   EXPECT_EQ(Text(L"Text1"), L"another comment");
   EXPECT_EQ(Text(L"Label2"), L"(another alias)");
 }
@@ -199,12 +173,15 @@ TEST_F(CommentWindow, SavesNothingThatIsBlank) {
   }
 }
 
-TEST_F(CommentWindow, ChangesNothingWhenADoubleQuoteMakesTheStatementFail) {
+TEST_F(CommentWindow, ChangesNothingWhenADoubleQuoteMakesTheStatementFailAndSaysSo) {
   StartWithRowOneShown();
+  const BalloonSpy balloons(Control(L"Text1"));
   Type(L"a \"quoted\" word");
   Save();
   ExpectUnchanged();
   EXPECT_EQ(Text(L"Text1"), L"a \"quoted\" word");
+  EXPECT_EQ(balloons.Texts(), Texts{kNoQuoteText});
+  EXPECT_EQ(GetFocus(), Control(L"Text1"));
 }
 
 TEST_F(CommentWindow, SavesApostrophesEveryScriptAndLineBreaks) {
@@ -230,12 +207,13 @@ TEST_F(CommentWindow, SavesALongComment) {
   EXPECT_TRUE(Comments().at(0) == comment);
 }
 
-TEST_F(CommentWindow, SavesToNoRowButTheOneThatItShows) {
+TEST_F(CommentWindow, SavesToTheItemThatItWasTypedForWhateverRowIsSelected) {
   StartWithRowOneShown();
   Type(L"typed for the first");
   List().SelectOnly(1);  // nobody is told
   Save();
-  ExpectUnchanged();
+  EXPECT_EQ(Comments(), (Texts{L"typed for the first", L"second", L"third"}));
+  EXPECT_EQ(Column(5), (Texts{L"typed for the first", L"second", L"third"}));
 }
 
 TEST_F(CommentWindow, ShowsTheSavedCommentWhenTheRowIsSelectedAgain) {

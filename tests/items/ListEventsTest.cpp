@@ -1,5 +1,7 @@
 // Keys, mouse, menu and dragging of the item list.
 
+#include <algorithm>
+
 #include "items/ListEvents.h"
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
@@ -203,6 +205,15 @@ TEST_F(Dragging, OffersNothingWithoutASelection) {
   EXPECT_TRUE(items::DraggedPaths(Parts()).empty());
 }
 
+TEST_F(Dragging, OffersOnlyPathsThatDoNotDependOnTheCurrentFolder) {
+  const std::wstring a = dir.WriteFile(L"a.txt");
+  std::wstring slashes = a;
+  std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+  StartWithPaths({L"a.txt", L"\\windows", L"C:windows", slashes});
+  List().SelectAll();
+  EXPECT_EQ(items::DraggedPaths(Parts()), std::vector<std::wstring>{a});
+}
+
 // What the drag's own message loop sees of the window's flags, before Escape ends the drag.
 struct FlagsDuringDrag {
   static inline win::MainParts* parts = nullptr;
@@ -214,6 +225,26 @@ struct FlagsDuringDrag {
     PostMessageW(parts->ListView1.Handle(), WM_KEYDOWN, VK_ESCAPE, 1);
   }
 };
+
+// A server may take seconds to answer, or not to.
+TEST_F(Dragging, DoesNotBeginWhenTheButtonIsUpOnceTheServersHaveAnswered) {
+  StartWithPaths({dir.WriteFile(L"a.txt"), L"\\\\server\\share\\f.txt"});
+  List().SelectAll();
+  FlagsDuringDrag::parts = &Parts();
+  FlagsDuringDrag::internalDrag = FlagsDuringDrag::listDrag = false;
+  world.hostAnswers = [this](const std::wstring&) {
+    world.dragging = false;
+    return false;
+  };
+  const UINT_PTR timer = SetTimer(nullptr, 0, 10, &FlagsDuringDrag::Look);
+
+  items::ListView1_OLEStartDrag(Parts());
+
+  EXPECT_FALSE(FlagsDuringDrag::internalDrag) << "no drag ran";
+  KillTimer(nullptr, timer);
+  EXPECT_FALSE(Parts().internalDrag);
+  EXPECT_FALSE(Parts().listDrag);
+}
 
 TEST_F(Dragging, SetsBothDragFlagsWhileItLastsAndNoLonger) {
   StartWithPaths({dir.WriteFile(L"a.txt")});

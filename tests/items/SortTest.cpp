@@ -1,5 +1,7 @@
 // A click on a column's header.
 
+#include <functional>
+
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
 
@@ -137,6 +139,47 @@ TEST_F(ColumnClick, ShowsTheArrowOfTheDirectionOnThatColumnAlone) {
   EXPECT_EQ(HeaderFormat(2), static_cast<DWORD>(HDF_STRING | HDF_IMAGE | HDF_BITMAP_ON_RIGHT));
   EXPECT_EQ(image_, 0);
   EXPECT_EQ(HeaderFormat(1), static_cast<DWORD>(HDF_STRING));
+}
+
+TEST_F(ColumnClick, TheArrowGoesWhenTheListIsFilledAnew) {
+  const std::function<void()> ways[] = {
+      [this] { items::ShowData(Parts(), L"A_"); },
+      [this] { items::ClearList(Parts()); },
+  };
+  for (const auto& way : ways) {
+    End();
+    StartWith({{L"b", L"1"}, {L"a", L"2"}});
+    ClickHeader(1);
+    ASSERT_TRUE(List().InSortOrder());
+    ASSERT_NE(HeaderFormat(1) & HDF_IMAGE, 0u);
+
+    way();
+
+    EXPECT_EQ(HeaderFormat(1), static_cast<DWORD>(HDF_STRING));
+    EXPECT_FALSE(List().InSortOrder());
+  }
+}
+
+TEST_F(ColumnClick, TheDirectionTurnsOnWhenTheSameColumnIsClickedAfterTheListWasFilledAnew) {
+  StartWith({{L"b", L"1"}, {L"c", L"2"}, {L"a", L"3"}});
+  ClickHeader(1);
+  items::ShowData(Parts(), L"A_");
+  ASSERT_EQ(Column(1), (Texts{L"b", L"c", L"a"}));
+
+  ClickHeader(1);
+
+  EXPECT_EQ(Column(1), (Texts{L"c", L"b", L"a"}));
+  EXPECT_EQ(HeaderFormat(1), static_cast<DWORD>(HDF_STRING | HDF_IMAGE | HDF_BITMAP_ON_RIGHT));
+  EXPECT_EQ(image_, 1);
+}
+
+TEST_F(ColumnClick, TheArrowStaysAwayWhenTheMonitorChanges) {
+  StartWith({{L"b", L"1"}});
+  ClickHeader(1);
+  items::ShowData(Parts(), L"A_");
+  RECT place{0, 0, 800, 600};
+  SendMessageW(form->Handle(), WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&place));
+  EXPECT_EQ(HeaderFormat(1) & HDF_IMAGE, 0u);
 }
 
 TEST_F(ColumnClick, MakesTheArrowsAtTheFirstSortAndKeepsThem) {

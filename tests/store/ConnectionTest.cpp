@@ -99,8 +99,26 @@ TEST(Template, IsMadeOfTheSameBytesEveryTime) {
 
 TEST(Quoted, PutsTheValueBetweenDoubleQuotesAndEscapesNothing) {
   EXPECT_EQ(Quoted(L"a'b"), L"\"a'b\"");
-  EXPECT_EQ(Quoted(L"a\"b"), L"\"a\"b\"");
+  EXPECT_EQ(Quoted(L"\u201Ca\u201D"), L"\"\u201Ca\u201D\"");
   EXPECT_EQ(Quoted(L""), L"\"\"");
+}
+
+// Two of them would make statements that are sound and mean something else.
+TEST(Quoted, RefusesEveryDoubleQuoteAsABrokenStatementIsRefused) {
+  for (const wchar_t* value :
+       {L"\"", L"a\"b", L"x\", Filename=\"gone", L"x\" OR \"1\"=\"1", L"\"\"", L"ends\""}) {
+    std::wstring sql = L"begun ";
+    try {
+      AppendQuoted(sql, value);
+      ADD_FAILURE() << Narrow(value);
+    } catch (const jet::Error& error) {
+      EXPECT_EQ(error.Number(), jet::code::kSyntax);
+      EXPECT_EQ(ToWindows(error.Description()),
+                L"Syntax error (missing operator) in query expression '\"" + std::wstring(value) + L"\"'.");
+    }
+    EXPECT_EQ(sql, L"begun ");
+    EXPECT_THROW(Quoted(value), jet::Error);
+  }
 }
 
 class SharedConnectionTest : public StoreTest {};
@@ -134,7 +152,19 @@ TEST_F(SharedConnectionTest, TakesASingleQuoteInsideAValue) {
 TEST_F(SharedConnectionTest, FailsTheStatementWhoseValueHoldsADoubleQuote) {
   Opened database(connection);
 
-  EXPECT_THROW(database->Execute(InsertItem(L"K1", L"1#K1", L"say \"hi")), jet::Error);
+  std::uint32_t byTheEngine = 0, byUs = 0;
+  try {
+    database->Execute(L"INSERT INTO FTable VALUES(\"K1\",\"1#K1\",\"say \"hi\" there\",\"\",\"\",\"\",'')");
+  } catch (const jet::Error& error) {
+    byTheEngine = error.Number();
+  }
+  try {
+    database->Execute(InsertItem(L"K1", L"1#K1", L"say \"hi\" there"));
+  } catch (const jet::Error& error) {
+    byUs = error.Number();
+  }
+  EXPECT_EQ(byUs, jet::code::kSyntax);
+  EXPECT_EQ(byTheEngine, byUs);
   database->Execute(InsertItem(L"K1", L"2#K1", L"next"));
   database.Close();
 

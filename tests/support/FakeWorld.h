@@ -65,6 +65,7 @@ class FakeWorld : public OutsideWorld {
   int reseeds = 0;
   POINT cursor{0, 0};
   RECT desktop{0, 0, 1024, 768};
+  bool dragging = true;  // the mouse button is down
 
   FakeWorld() {
     messageBox = [this](HWND owner, const std::wstring& text, const std::wstring& title, UINT flags) {
@@ -101,6 +102,7 @@ class FakeWorld : public OutsideWorld {
     reseedRandom = [this] { ++reseeds; };
     cursorPosition = [this] { return cursor; };
     workArea = [this] { return desktop; };
+    dragButtonDown = [this] { return dragging; };
   }
   ~FakeWorld() {
     ExpectUsed(answers, "box");

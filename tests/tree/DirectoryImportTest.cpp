@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <stdexcept>
 
 #include "store/Store.h"
@@ -479,6 +480,24 @@ TEST_F(AddDirectory, DrawsAnotherKeyWhenTwoCoincide) {
   EXPECT_EQ(KeyOf(L"B"), L"S000211151320050002_");
   EXPECT_EQ(KeyOf(L"C"), L"S000311151320050003_");
   EXPECT_EQ(world.boxes.at(0).text, L"Operation Finished!");
+}
+
+// The items of a category that is gone may live on in another one.
+TEST_F(AddDirectory, DrawsAnotherKeyWhenItemsElsewhereHaveItInTheirIndexes) {
+  Start();
+  for (const wchar_t* file : {L"A\\1", L"A\\B\\2"}) dir.WriteFile(file);
+  for (const wchar_t* index : {L"2#S000111151320050001_", L"1#S000211151320050002_", L"no mark"})
+    Execute(L"INSERT INTO FTable VALUES(\"old_\"," + store::Quoted(index) + L",\"\",\"\",\"\",\"\",'')");
+  draws = {1, 1, 3, 3, 2, 2, 4, 4};
+
+  Import(dir.Path(L"A"));
+
+  EXPECT_EQ(ShownTree(), L"A(B)");
+  EXPECT_EQ(KeyOf(L"A"), L"S000311151320050003_");
+  EXPECT_EQ(KeyOf(L"B"), L"S000411151320050004_");
+  Texts indexes = Items(L"FileIndex");
+  std::sort(indexes.begin(), indexes.end());
+  EXPECT_EQ(std::adjacent_find(indexes.begin(), indexes.end()), indexes.end()) << "each index once";
 }
 
 TEST_F(AddDirectory, GivesUpWhenNoOtherKeyIsEverDrawn) {

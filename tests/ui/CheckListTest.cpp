@@ -105,7 +105,7 @@ TEST_F(CheckListTest, RemovesTheTickedRowsAndLeavesTheOthersUnticked) {
   list.SetTicked(0, true);
   list.SetTicked(2, true);
 
-  list.RemoveTicked();
+  list.RemoveRows(list.TickedRows());
 
   EXPECT_EQ(list.Count(), 2u);
   EXPECT_EQ(list.Text(0), L"two");
@@ -119,7 +119,7 @@ TEST_F(CheckListTest, WithoutTicksKeepsEveryRowAndTheSelection) {
   list.SetRows({L"one", L"two"});
   Click(OnText(1));
 
-  list.RemoveTicked();
+  list.RemoveRows(list.TickedRows());
 
   EXPECT_EQ(list.Count(), 2u);
   EXPECT_EQ(Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED), 1);
@@ -185,7 +185,7 @@ TEST_F(CheckListTest, TellsNoClickForOurOwnChanges) {
   list.SetRows({L"one", L"two"});
   list.SetTicked(1, true);
   list.SetAllTicked(true);
-  list.RemoveTicked();
+  list.RemoveRows(list.TickedRows());
   list.SetRows({L"three"});
 
   EXPECT_EQ(clicked, Rows{});
@@ -219,7 +219,7 @@ TEST_F(CheckListTest, FillsTicksAndRemovesThousandsOfRowsQuickly) {
   list.SetAllTicked(true);
   list.SetTicked(5000, false);
   EXPECT_EQ(list.TickedRows().size(), 9999u);
-  list.RemoveTicked();
+  list.RemoveRows(list.TickedRows());
 
   EXPECT_EQ(list.Count(), 1u);
   RecordProperty("milliseconds", static_cast<int>(GetTickCount64() - start));

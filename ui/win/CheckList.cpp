@@ -101,16 +101,15 @@ std::vector<std::size_t> CheckList::TickedRows() const {
   return rows;
 }
 
-void CheckList::RemoveTicked() {
-  const std::vector<std::size_t> ticked = TickedRows();
-  if (ticked.empty()) return;
+void CheckList::RemoveRows(const std::vector<std::size_t>& ascendingRows) {
+  if (ascendingRows.empty()) return;
   // Every row that the control deletes moves all rows behind it: filling anew costs the same for one and for
   // all.
   std::vector<std::wstring> kept;
-  kept.reserve(Count() - ticked.size());
-  auto next = ticked.begin();
+  kept.reserve(Count() - ascendingRows.size());
+  auto next = ascendingRows.begin();
   for (std::size_t row = 0; row < Count(); ++row) {
-    if (next != ticked.end() && *next == row)
+    if (next != ascendingRows.end() && *next == row)
       ++next;
     else
       kept.push_back(std::move(texts_[row]));

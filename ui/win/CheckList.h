@@ -39,7 +39,8 @@ class CheckList {
   void SetTicked(std::size_t row, bool ticked);
   void SetAllTicked(bool ticked);
   std::vector<std::size_t> TickedRows() const;  // ascending
-  void RemoveTicked();                          // as SetRows with the others, none of them ticked
+  // As SetRows with the others, none of them ticked; does nothing where none is to go.
+  void RemoveRows(const std::vector<std::size_t>& ascendingRows);
 
   LRESULT OnNotify(const NMHDR& header);  // WM_NOTIFY of this control
 

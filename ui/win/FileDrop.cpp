@@ -2,7 +2,9 @@
 
 #include <ole2.h>
 
+#include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "ui/win/Handles.h"
 
@@ -35,10 +37,12 @@ std::vector<std::wstring> DroppedPaths(HDROP list) {
   std::vector<std::wstring> paths;
   const UINT count = ::DragQueryFileW(list, kCount, nullptr, 0);
   for (UINT i = 0; i < count; ++i) {
-    const UINT length = ::DragQueryFileW(list, i, nullptr, 0);
-    if (length == 0) continue;  // what some systems find in an empty list
-    std::wstring& path = paths.emplace_back(length, L'\0');
-    ::DragQueryFileW(list, i, path.data(), length + 1);
+    // What some systems find in an empty list, and what cannot be read, is an empty name.
+    std::wstring path(::DragQueryFileW(list, i, nullptr, 0), L'\0');
+    if (path.empty()) continue;
+    path.resize(std::min<std::size_t>(
+        path.size(), ::DragQueryFileW(list, i, path.data(), static_cast<UINT>(path.size()) + 1)));
+    if (!path.empty()) paths.push_back(std::move(path));
   }
   return paths;
 }

@@ -15,8 +15,8 @@ namespace kestrelon::win {
 
 // Does the object offer a file list? Only asks; nothing is transferred.
 bool OffersFiles(IDataObject& data);
-// The paths that it carries, in its order, whole, of any length. Empty when it offers none. Throws
-// std::system_error when it offers a list and then does not give it.
+// The paths that it carries, in its order, whole, of any length; empty names are passed over. Empty when it
+// offers none. Throws std::system_error when it offers a list and then does not give it.
 std::vector<std::wstring> DroppedPaths(IDataObject& data);
 std::vector<std::wstring> DroppedPaths(HDROP list);
 

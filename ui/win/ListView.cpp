@@ -84,6 +84,19 @@ void ListView::SetColumnWidth(std::size_t column, int pixels) {
   Send(LVM_SETCOLUMNWIDTH, column, MAKELPARAM(pixels, 0));
 }
 
+void ListView::DropSortOrder() {
+  if (!std::exchange(inSortOrder_, false)) return;
+  const auto header = reinterpret_cast<HWND>(Send(LVM_GETHEADER, 0, 0));
+  for (std::size_t column = 0; column < ColumnCount(); ++column) {
+    HDITEMW item{};
+    item.mask = HDI_FORMAT;
+    ::SendMessageW(header, HDM_GETITEMW, column, reinterpret_cast<LPARAM>(&item));
+    if ((item.fmt & HDF_IMAGE) == 0) continue;
+    item.fmt &= ~(HDF_IMAGE | HDF_BITMAP_ON_RIGHT);
+    ::SendMessageW(header, HDM_SETITEMW, column, reinterpret_cast<LPARAM>(&item));
+  }
+}
+
 void ListView::SetSmallImages(UniqueImageList images) {
   Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images.get()));
   images_ = std::move(images);  // the old pictures go only after the control has let go of them

@@ -92,6 +92,9 @@ class ListView {
   void SetHeaderTag(std::size_t column, int tag) { headerTags_[column] = tag; }
   // The column that the list was last sorted by; -1 before the first sort.
   int SortKey() const { return sortKey_; }
+  // Do the rows stand in that order? Rows that are set or appended since have the order they came in; the
+  // arrow in the header, whoever has put it there, goes with the order.
+  bool InSortOrder() const { return inSortOrder_; }
 
   // Rows. Changing them repaints what is needed; SetRows repaints once.
   const std::vector<ListRow>& Rows() const { return rows_; }
@@ -143,6 +146,7 @@ class ListView {
   void Reselect(const std::vector<std::size_t>& selected, std::optional<std::size_t> focused);
   std::optional<std::size_t> FocusedRow() const;
   void SetCount(DWORD flags);
+  void DropSortOrder();
 
   HWND handle_ = nullptr;
   WNDPROC procedure_ = nullptr;  // the control's own
@@ -152,6 +156,7 @@ class ListView {
   MouseButtons buttons_;
   bool trackingLeave_ = false;
   int sortKey_ = -1;
+  bool inSortOrder_ = false;
   UniqueImageList images_;
   bool quiet_ = false;            // our own changes of the selection raise no event
   bool selectionPosted_ = false;  // one selectionChanged per user action

@@ -67,6 +67,7 @@ void ListView::DropStates() {
 }
 
 void ListView::SetRows(std::vector<ListRow> rows) {
+  DropSortOrder();
   const ScopedFlag quiet(quiet_);
   const RedrawOff off(handle_);
   // An empty list in between takes selection and focus away.
@@ -79,6 +80,7 @@ void ListView::SetRows(std::vector<ListRow> rows) {
 }
 
 void ListView::Append(ListRow row) {
+  DropSortOrder();
   rows_.push_back(std::move(row));
   SetCount(LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
@@ -161,6 +163,7 @@ void ListView::SortBy(std::size_t column, bool descending) {
     sorted.push_back(std::move(rows_[order[place]]));
   }
   rows_ = std::move(sorted);
+  inSortOrder_ = true;
   sortKey_ = static_cast<int>(column);
   const RedrawOff off(handle_);
   Reselect(selected, focused);

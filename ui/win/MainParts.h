@@ -57,6 +57,9 @@ struct MainParts {
   bool listFindShown = false, treeFindShown = false, commentShown = false;
   // Set by the comment window, which follows the list: called when another row may be selected than before.
   std::function<void()> itemSelected{};
+  // Set by the comment window: to be called before content goes away, that is before another collection is
+  // loaded and before the program is left. Asks whether to save a comment that was typed and not saved.
+  std::function<void()> settleComment{};
 };
 
 // The key of the current category; empty when none is.
