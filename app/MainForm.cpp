@@ -443,6 +443,7 @@ void MainForm::KeepUnsaved() {
 LRESULT MainForm::OnQueryEndSession() {
   sessionEnding_ = true;
   TreeView1_.EndLabelEdit();
+  if (parts_.keepComment) parts_.keepComment();
   if (parts_.busy) parts_.closeRequested = true;  // what is going on ends at its next step
   KeepUnsaved();
   return TRUE;

@@ -32,11 +32,14 @@ Filelist_Comment::Filelist_Comment(win::MainParts& parts) : Form(L"Filelist_Comm
     // Whatever becomes of it: the next collection has other items.
     if (!Settle()) SetComment(shownComment_);
   };
+  parts_.keepComment = [this] {
+    if (IsUnsaved()) SaveText(TextOf(L"Label3"), Trim(TextOf(L"Text1")));
+  };
 }
 
 Filelist_Comment::~Filelist_Comment() {
   parts_.itemSelected = nullptr;
-  parts_.settleComment = nullptr;
+  parts_.settleComment = parts_.keepComment = nullptr;
   Destroy();
 }
 

@@ -60,6 +60,8 @@ struct MainParts {
   // Set by the comment window: to be called before content goes away, that is before another collection is
   // loaded and before the program is left. Asks whether to save a comment that was typed and not saved.
   std::function<void()> settleComment{};
+  // Saves such a comment without asking: at the end of the session nobody can be asked.
+  std::function<void()> keepComment{};
 };
 
 // The key of the current category; empty when none is.
