@@ -6,6 +6,7 @@ leaves behind.
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import time
 
@@ -125,6 +126,25 @@ class Desktop:
         self.programs.append(subprocess.Popen(
             ["wine", "explorer.exe", f"/desktop={self.name},{self.size[0]}x{self.size[1]}", str(program), *arguments],
             env=self.env, stdin=DISCARD, stdout=DISCARD, stderr=DISCARD))
+
+    def kill(self, program):
+        """Ends a program of this desktop as a crash does: it gets no say."""
+        pids = [int(entry.name) for entry in pathlib.Path("/proc").iterdir() if entry.name.isdigit()
+                and self._runs(entry, program)]
+        for pid in pids:
+            os.kill(pid, signal.SIGKILL)
+        if not pids:
+            raise Failure(f"{program} does not run")
+
+    def _runs(self, process, program):
+        try:
+            command = (process / "cmdline").read_bytes().split(b"\0")[0].decode("utf-8", "replace")
+            environment = (process / "environ").read_bytes().split(b"\0")
+        except OSError:
+            return False
+        # The program itself, not the one that opened the desktop for it; and of this desktop, not of another.
+        return (command.replace("\\", "/").split("/")[-1].lower() == program.lower()
+                and f"WINEPREFIX={self.prefix}".encode() in environment)
 
     def windows(self):
         """Every visible window, as the window list tells it."""

@@ -6,6 +6,7 @@ import subprocess
 from desktop import DISCARD, ROOT, wait_for
 
 TREE, LIST, STATUS = 101, 102, 103  # control identifiers of the main window
+FIRST_SLOT = 1001  # control identifier of the first slot's button in the two dialogs
 TITLE = "Kestrelon"
 OPEN_TITLE = "Select one or More Files"
 ICON_COLUMN = 28  # pixels at 96 DPI
@@ -68,8 +69,21 @@ class User:
     def load(self, slot):
         self.menu("alt+f", "l")
         self.desktop.wait_shown("Load Database")
-        self.choose_slot(slot)
+        self.press_button(FIRST_SLOT + slot - 1)
         self.desktop.wait_gone("Load Database")
+
+    def load_unsaved(self):
+        """The button below the four slots, which is there while there is a collection that was not saved."""
+        self.menu("alt+f", "l")
+        self.desktop.wait_shown("Load Database")
+        self.press_button(FIRST_SLOT + 4)
+        self.desktop.wait_gone("Load Database")
+
+    def press_button(self, identifier):
+        self.desktop.click(self.desktop.window(kind="Button", id=identifier).at())
+
+    def wait_question(self):
+        wait_for("a question", self._question)
 
     def exit(self, answer=None):
         """By the menu; `answer` is a key for the question about saving ("n" for No), None when none shall come."""
