@@ -71,6 +71,8 @@ void NameFileAsItem(win::MainParts& parts, std::size_t row, TooLongPaths& tooLon
     RenameFile(parts, newPath, *file);
     return;
   }
+  // At once, not at the end of the command: after a crash the table is to say what the files are called.
+  win::Quietly([&] { parts.connection.Write(); });
   parts.ListView1.SetText(row, kPathColumn, newPath);
   parts.ListView1.SetText(row, kFileNameColumn, newName);
 }

@@ -143,6 +143,8 @@ bool MoveItem(Move& move, const Item& item, const std::wstring& file) {
   });
   move.connection.Execute(statement);
   recorded = true;
+  // At once, not at the end of the command: after a crash the table is to say where the files are.
+  win::Quietly([&] { move.connection.Write(); });
   win::MarkChanged(parts);
   if (const auto row = RowOf(parts.ListView1, item)) parts.ListView1.SetText(*row, kPathColumn, target);
   return true;
