@@ -33,8 +33,8 @@ std::wstring NameOnDisk(const std::wstring& path) {
   return entry.cFileName;
 }
 
-// The name that the file at the new path will have in its folder. The "." before an extension that is not
-// there is the system's to drop; the new path may only lie in the same folder, for to rename is not to move.
+// The name that the file will have in its folder. The "." before an extension that is not there is one that
+// the system drops; the new path may only lie in the same folder, for to rename is not to move.
 std::wstring NewNameOf(const std::wstring& file, const std::wstring& newPath) {
   std::wstring name = newPath.substr(FolderOfPath(file).size());
   if (ExtensionOf(file).empty() && name.ends_with(L'.')) name.pop_back();
@@ -50,7 +50,7 @@ bool CanBeRenamed(const std::wstring& file, const std::wstring& newPath) {
 
 // What the shell says is not enough: is the file where the item will say that it is?
 bool WasRenamed(const std::wstring& file, const std::wstring& newPath) {
-  if (EqualNoCase(file, newPath)) return NameOnDisk(newPath) == NewNameOf(file, newPath);
+  if (EqualNoCase(file, newPath)) return NameOnDisk(newPath) == FileNameOfPath(newPath);
   return !IsThere(file) && IsThere(newPath);
 }
 
@@ -59,10 +59,9 @@ void NameFileAsItem(win::MainParts& parts, std::size_t row, TooLongPaths& tooLon
   const std::wstring alias(item.Text(kAliasColumn)), fileIndex(item.Tag());
   const std::optional<std::wstring> file = ShellPathOf(item.Text(kPathColumn));
   if (alias.empty() || !file) return;
-  const std::wstring newPath = PathNamedAs(alias, *file), newName = FileNameOfPath(newPath);
-  if (!IsFileName(NewNameOf(*file, newPath)) || tooLong.Refuse(*file, newPath) ||
-      !CanBeRenamed(*file, newPath))
-    return;
+  const std::wstring newName = NewNameOf(*file, PathNamedAs(alias, *file));
+  const std::wstring newPath = FolderOfPath(*file) + newName;
+  if (!IsFileName(newName) || tooLong.Refuse(*file, newPath) || !CanBeRenamed(*file, newPath)) return;
   // Before the file is renamed: a text that no statement takes is none to begin with.
   const std::wstring statement = FileNameStatement(newName, newPath, fileIndex);
   if (!RenameFile(parts, *file, newPath) || !WasRenamed(*file, newPath)) return;

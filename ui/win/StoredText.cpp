@@ -26,14 +26,9 @@ struct Storable {
   HWND tip = nullptr;
 };
 
-LRESULT CALLBACK Procedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
-                           DWORD_PTR storable);
+constexpr const wchar_t* kStorable = L"KestrelonStorable";  // a property of the box
 
-Storable* Of(HWND edit) {
-  DWORD_PTR storable = 0;
-  return ::GetWindowSubclass(edit, &Procedure, kSubclass, &storable) ? reinterpret_cast<Storable*>(storable)
-                                                                     : nullptr;
-}
+Storable* Of(HWND edit) { return static_cast<Storable*>(::GetPropW(edit, kStorable)); }
 
 std::wstring TextOf(HWND edit) {
   std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(edit)), L'\0');
@@ -130,6 +125,7 @@ LRESULT CALLBACK Procedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam
       case WM_NCDESTROY: {
         const std::unique_ptr<Storable> last(&storable);
         HideTip(edit, storable);
+        ::RemovePropW(edit, kStorable);
         ::RemoveWindowSubclass(edit, &Procedure, kSubclass);
         return ::DefSubclassProc(edit, message, wParam, lParam);
       }
@@ -149,6 +145,7 @@ void TakeStorableText(HWND edit, std::size_t longest, const std::wstring& refusa
   auto storable = std::make_unique<Storable>(Storable{refusal});
   if (!::SetWindowSubclass(edit, &Procedure, kSubclass, reinterpret_cast<DWORD_PTR>(storable.get())))
     ThrowLastError(L"SetWindowSubclass");
+  ::SetPropW(edit, kStorable, storable.get());
   storable.release();  // the window's from now on
 }
 
