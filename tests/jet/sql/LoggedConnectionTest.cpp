@@ -24,7 +24,7 @@ using testing::IsEmpty;
 
 using Note = std::vector<std::uint8_t>;
 
-std::vector<std::string> FaultsOf(const std::filesystem::path& path) {
+std::vector<Finding> FaultsOf(const std::filesystem::path& path) {
   return Database::Open(OpenFile(path, OpenMode::kRead), path.u16string())->Check();
 }
 
