@@ -2,6 +2,9 @@
 
 #include "app/base/Win32.h"
 
+#include <string_view>
+#include <system_error>
+
 #include "app/base/File.h"
 #include "app/base/Settings.h"
 #include "lang/Messages.h"
@@ -19,17 +22,24 @@ constexpr const wchar_t* kTemplate = L"Temp.dat";
 // or share).
 void FreshCopy(const std::wstring& from, const std::wstring& to) {
   DeleteIfThere(to);
-  if (!::CopyFileW(from.c_str(), to.c_str(), TRUE)) ThrowLastError(L"Copying " + from);
+  // A file that was deleted while somebody had it open keeps its name a little longer.
+  if (!Persistently([&] { return ::CopyFileW(from.c_str(), to.c_str(), TRUE) != FALSE; }))
+    ThrowLastError(L"Copying " + from);
   if (!::SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL))
     ThrowLastError(L"Making " + to + L" writable");
 }
 
-// Did an unclean end leave a collection that is in no slot? What cannot be recovered is not a reason never to
-// start again; it is kept for somebody who can.
+// Did an unclean end leave a collection that is in no slot? What is damaged is not a reason never to start
+// again; it is kept for somebody who can do more. A file that is held or a disk that is full is one: the next
+// start may do better, so that those go on to the caller.
 bool Recover(const Program& program, OutsideWorld& world) {
   try {
     return store::RecoverUnsaved(program);
+  } catch (const std::system_error&) {
+    throw;
   } catch (const std::exception& error) {
+    // What the engine says where the system refuses a file.
+    if (std::string_view(error.what()).starts_with("Could not ")) throw;
     const std::wstring kept = store::PutUnrecoveredAway(program);
     win::Exclaim(world, nullptr,
                  lang::Message(program, lang::kNotRecovered) + kept + L"\n\n" + win::ErrorText(error),

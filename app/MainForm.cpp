@@ -376,7 +376,11 @@ void MainForm::OnClose() {
     parts_.closeRequested = true;  // once what is going on has come to its end
     return;
   }
-  if (sessionEnding_) {  // everything is kept, and nobody is there to be asked
+  if (sessionEnding_) {
+    // Nobody is there to be asked. Before the system has made up its mind the window stays.
+    if (!sessionEnded_) return;
+    if (parts_.keepComment) parts_.keepComment();
+    KeepUnsaved();
     CloseAllWindows(false);
     return;
   }
@@ -386,13 +390,15 @@ void MainForm::OnClose() {
   }
   const win::ScopedFlag closing(closing_);
   TreeView1_.EndLabelEdit();
-  if (!Form_QueryUnload()) return;
-  LeaveCollection();
-  CloseAllWindows(false);
+  if (Form_QueryUnload() && LeaveCollection()) CloseAllWindows(false);
 }
 
 bool MainForm::Form_QueryUnload() {
-  if (parts_.settleComment) parts_.settleComment();
+  const bool settled = win::InRoutine(world_, Handle(), L"Form_QueryUnload Error:", false, [&] {
+    if (parts_.settleComment) parts_.settleComment();
+    return true;
+  });
+  if (!settled) return false;
   win::InRoutine(world_, Handle(), L"Form_QueryUnload Error:", false, [&] {
     win::WriteViewSettings(parts_);
     return true;
@@ -406,14 +412,16 @@ bool MainForm::Form_QueryUnload() {
   }
 }
 
-void MainForm::LeaveCollection() {
-  // What cannot be set aside stays beside the working database, where the next start finds it.
+bool MainForm::LeaveCollection() {
   KeepUnsaved();
   const bool left = win::InRoutine(world_, Handle(), L"Form_Unload Error:", false, [&] {
     unsaved_.SetAside();
     return true;
   });
   if (left) unsaved_.Finish();
+  // What cannot be set aside stays beside the working database, where the next start finds it. Where not even
+  // that could be written, the window has the only copy.
+  return left || !unsaved_.TreeChanged();
 }
 
 void MainForm::OfferUnsaved() {
@@ -437,7 +445,9 @@ void MainForm::KeepUnsaved() {
   ::KillTimer(Handle(), kKeepTimer);
   keepPending_ = false;
   // A disk that is full now may have room later.
-  if (!win::Quietly([&] { unsaved_.Keep(); })) KeepSoon();
+  constexpr UINT kMuchLater = 30'000;  // milliseconds
+  if (!win::Quietly([&] { unsaved_.Keep(); }))
+    keepPending_ = ::SetTimer(Handle(), kKeepTimer, kMuchLater, nullptr) != 0;
 }
 
 LRESULT MainForm::OnQueryEndSession() {
@@ -455,6 +465,7 @@ void MainForm::OnEndSession(bool ends) {
     sessionEnding_ = parts_.closeRequested = false;
     return;
   }
+  sessionEnded_ = true;
   win::Quietly([&] { win::WriteViewSettings(parts_); });
   KeepUnsaved();
   if (connection_.IsOpen()) win::Quietly([&] { connection_.Write(); });

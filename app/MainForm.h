@@ -88,7 +88,7 @@ class MainForm : public win::Form {
   void ShowToolDialogs(bool show);  // those that the user has open go and come back with the window
   void cSysTray1_Activated();
   bool Form_QueryUnload();  // false: the window stays
-  void LeaveCollection();
+  bool LeaveCollection();   // false: the window stays
   void Form_Unload();
 
   // What is in no slot.
@@ -173,6 +173,7 @@ class MainForm : public win::Form {
   WPARAM wakeMark_ = 0;
   bool keepPending_ = false;    // the timer of KeepSoon() runs
   bool sessionEnding_ = false;  // the system has asked, and nobody is to be asked any more
+  bool sessionEnded_ = false;   // and has said that the session ends
 };
 
 }  // namespace kestrelon::app

@@ -82,18 +82,24 @@ bool SingleInstance::WakeTheOther() const {
 }
 
 bool DataFolderLock::Take(const std::wstring& dataFolder) {
-  const std::wstring path = dataFolder + L"Kestrelon.lock";
+  path_ = dataFolder + L"Kestrelon.lock";
   HANDLE handle = INVALID_HANDLE_VALUE;
-  // A scanner may hold the file for a moment; a program holds it for its life. With the program the file
-  // goes.
+  // Others may read the file, as scanners and backups do with what a power cut left behind; writing is this
+  // program's.
   const bool taken = Persistently([&] {
-    handle = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                           FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    handle = ::CreateFileW(path_.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
     return handle != INVALID_HANDLE_VALUE;
   });
   if (!taken) return ::GetLastError() != ERROR_SHARING_VIOLATION;
   file_.reset(handle);
   return true;
+}
+
+DataFolderLock::~DataFolderLock() {
+  if (!file_) return;
+  file_.reset();
+  ::DeleteFileW(path_.c_str());  // another program that has it by now keeps it
 }
 
 }  // namespace kestrelon::app

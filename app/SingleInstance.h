@@ -44,11 +44,16 @@ class SingleInstance {
 // from here.
 class DataFolderLock {
  public:
+  DataFolderLock() = default;
+  ~DataFolderLock();
+  DataFolderLock(const DataFolderLock&) = delete;
+  DataFolderLock& operator=(const DataFolderLock&) = delete;
   // False when another program holds the folder. True also where the file cannot be made for another reason:
   // what is wrong with the folder then, start-up finds out.
   bool Take(const std::wstring& dataFolder);
 
  private:
+  std::wstring path_;
   win::Unique<HANDLE, ::CloseHandle> file_;
 };
 

@@ -135,7 +135,11 @@ void Load::Command2_Click(int slot) {
 }
 
 void Load::LoadFrom(const std::wstring& fileName) {
-  if (parts_.settleComment) parts_.settleComment();
+  const bool settled = win::InRoutine(parts_.world, Handle(), L"LoadData Error:", false, [&] {
+    if (parts_.settleComment) parts_.settleComment();
+    return true;
+  });
+  if (!settled) return;
   store::LoadData(parts_, fileName);
   items::EnableItemCommands(parts_);  // no item is selected any more
   Close();

@@ -26,7 +26,7 @@ DWORD ListView1_OLEDragDrop(win::MainParts& parts, IDataObject& data, POINT) {
                           std::vector<std::wstring> paths = win::DroppedPaths(data);
                           std::erase_if(paths, win::IsPlainFolder);
                           // Fetching the list may have let messages in.
-                          if (!parts.TreeView1.Find(key)) return DWORD{DROPEFFECT_NONE};
+                          if (win::CurrentCategory(parts) != key) return DWORD{DROPEFFECT_NONE};
                           if (!paths.empty())
                             AddFiles(parts, key, paths, {.largestNumber = kLargest32Bit, .oneTime = true});
                           // Also when only folders were dropped. Required so.

@@ -71,7 +71,13 @@ void NameFileAsItem(win::MainParts& parts, std::size_t row, TooLongPaths& tooLon
     return;
   }
   // At once, not at the end of the command: after a crash the table is to say what the files are called.
-  win::Quietly([&] { parts.connection.Write(); });
+  if (!win::Quietly([&] { parts.connection.Write(); })) {
+    RenameFile(parts, newPath, *file);
+    ChangeItem(parts, [&] {
+      return FileNameStatement(item.Text(kFileNameColumn), item.Text(kPathColumn), fileIndex);
+    });
+    return;
+  }
   parts.ListView1.SetText(row, kPathColumn, newPath);
   parts.ListView1.SetText(row, kFileNameColumn, newName);
 }

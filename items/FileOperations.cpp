@@ -15,6 +15,7 @@
 #include "items/ItemCommands.h"
 #include "items/ItemInformation.h"
 #include "items/ShellFiles.h"
+#include "items/ShowData.h"
 #include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
@@ -131,8 +132,10 @@ bool MoveItem(Move& move, const Item& item, const std::wstring& file) {
     if (answer != IDYES) return answer == IDNO;
   }
   // Before the file is moved: a text that no statement takes is none to begin with.
-  const std::wstring statement = L"UPDATE FTable SET LocalFile=" + store::Quoted(target) +
-                                 L" WHERE FileIndex=" + store::Quoted(item.fileIndex);
+  const std::wstring update = L"UPDATE FTable SET LocalFile=",
+                     where = L" WHERE FileIndex=" + store::Quoted(item.fileIndex);
+  const std::wstring statement = update + store::Quoted(target) + where,
+                     back = update + store::Quoted(item.path) + where;
   if (!MoveFileTo(parts, file, move.folder, target)) return true;
   bool recorded = false;
   const win::Finally moveBack([&] {
@@ -142,9 +145,14 @@ bool MoveItem(Move& move, const Item& item, const std::wstring& file) {
     }
   });
   move.connection.Execute(statement);
+  try {
+    // At once, not at the end of the command: after a crash the table is to say where the files are.
+    move.connection.Write();
+  } catch (...) {
+    win::Quietly([&] { move.connection.Execute(back); });
+    throw;
+  }
   recorded = true;
-  // At once, not at the end of the command: after a crash the table is to say where the files are.
-  win::Quietly([&] { move.connection.Write(); });
   win::MarkChanged(parts);
   if (const auto row = RowOf(parts.ListView1, item)) parts.ListView1.SetText(*row, kPathColumn, target);
   return true;
@@ -197,8 +205,13 @@ void DeleteSelected(win::MainParts& parts) {
   if (SelectedItems(parts.ListView1) != items) return;
   const win::CommandsOff off(parts, kMenus);
   TooLongPaths tooLong;
+  bool written = false;
+  const win::Finally showWhatIsThere([&] {
+    if (!written) ShowData(parts, win::CurrentCategory(parts));
+  });
   DeleteItems(parts, *connection, items, deleteFiles, tooLong);
   connection.Close();
+  written = true;
   tooLong.Tell(parts);
 }
 

@@ -1,6 +1,7 @@
 #include "items/Filelist_Comment.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "app/base/File.h"
 #include "items/EditItem.h"
@@ -29,8 +30,7 @@ constexpr double kCountWidth = 1650, kLabelHeight = 240;
 Filelist_Comment::Filelist_Comment(win::MainParts& parts) : Form(L"Filelist_Comment"), parts_(parts) {
   parts_.itemSelected = [this] { FollowSelection(); };
   parts_.settleComment = [this] {
-    // Whatever becomes of it: the next collection has other items.
-    if (!Settle()) SetComment(shownComment_);
+    if (!Settle()) throw std::runtime_error("The comment could not be saved.");
   };
   parts_.keepComment = [this] {
     if (IsUnsaved()) SaveText(TextOf(L"Label3"), Trim(TextOf(L"Text1")));
@@ -240,7 +240,7 @@ LRESULT Filelist_Comment::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) 
       return 0;
     case WM_ENABLE:
       // A dialog was open meanwhile, and may have changed the row.
-      if (wParam != FALSE) ::PostMessageW(Handle(), kFollow, 0, 0);
+      if (wParam != FALSE && !settling_) ::PostMessageW(Handle(), kFollow, 0, 0);
       break;
     case kFollow: FollowSelection(); return 0;
     case WM_CLOSE: Hide(); return 0;

@@ -58,10 +58,13 @@ void ListView1_MouseUp(win::MainParts& parts, int button, int /*shift*/, POINT p
 void ListView1_SelectionChanged(win::MainParts& parts) { EnableItemCommands(parts); }
 
 std::vector<std::wstring> DraggedPaths(win::MainParts& parts) {
-  std::vector<std::wstring> paths;
+  std::vector<std::wstring> files, paths;
   for (const std::size_t row : parts.ListView1.SelectedRows()) {
-    std::optional<std::wstring> file = ShellPathOf(parts.ListView1.Rows()[row].Text(3));
-    if (file && ServerAnswers(parts.world, *file) && FileExists(*file)) paths.push_back(std::move(*file));
+    if (auto file = ShellPathOf(parts.ListView1.Rows()[row].Text(3))) files.push_back(std::move(*file));
+  }
+  // Asking a server lets messages in: from here on the rows may be others.
+  for (std::wstring& file : files) {
+    if (ServerAnswers(parts.world, file) && FileExists(file)) paths.push_back(std::move(file));
   }
   return paths;
 }
@@ -71,7 +74,7 @@ void ListView1_OLEStartDrag(win::MainParts& parts) {
     const std::vector<std::wstring> paths = DraggedPaths(parts);
     // To ask a server takes its time: a drag that begins with the button up would drop at once, wherever the
     // pointer is by then.
-    if (!parts.world.dragButtonDown()) return;
+    if (!parts.world.dragButtonDown() || parts.busy || !::IsWindowEnabled(parts.form.Handle())) return;
     // While these are set, a drop on the tree moves the items instead of adding the files.
     parts.internalDrag = parts.listDrag = true;
     const win::Finally completed([&] { ListView1_OLECompleteDrag(parts); });

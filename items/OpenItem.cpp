@@ -1,6 +1,7 @@
 #include "items/OpenItem.h"
 
 #include "app/base/File.h"
+#include "app/base/FileNames.h"
 #include "items/ItemInformation.h"
 #include "items/ShellFiles.h"
 #include "lang/Messages.h"
@@ -25,7 +26,8 @@ void OpenSelectedItem(win::MainParts& parts) {
     win::Inform(parts.world, parts.form.Handle(), lang::Message(parts.program, lang::kCannotOpenFile),
                 parts.program.productName);
   };
-  if (!ServerAnswers(parts.world, path)) {
+  // Anything but the full path of a file the system would look for in places of its own choice.
+  if (!ShellPathOf(path) || !ServerAnswers(parts.world, path)) {
     cannotOpen();
     return;
   }

@@ -254,10 +254,8 @@ void Connection::RemoveLog() {
   // The older record first: by itself it would bring an old note back.
   const std::size_t older = session.log->Close();
   for (const std::size_t file : {older, 1 - older}) {
-    std::error_code failure;
     const std::filesystem::path path = LogFile(session.logPath, file);
-    std::filesystem::remove(path, failure);
-    if (failure) throw Error(code::kGeneric, u"Could not delete '" + path.u16string() + u"'.");
+    if (!RemoveFile(path)) throw Error(code::kGeneric, u"Could not delete '" + path.u16string() + u"'.");
   }
 }
 

@@ -11,6 +11,7 @@
 #include "store/SharedConnection.h"
 #include "store/Store.h"
 #include "store/UnsavedCollection.h"
+#include "store/WholeFile.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/Handles.h"
 
@@ -60,16 +61,6 @@ std::vector<std::size_t> FindColumns(const jet::NewTable& wanted, const jet::Tab
   return columns;
 }
 
-// Throws unless the file is a whole database: one that another program was writing while it was copied is
-// not. An index that does not fit its rows does no harm, since packing makes it anew.
-void CheckIsWhole(const std::wstring& path) {
-  const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
-  for (const jet::Finding& finding : database->Check()) {
-    if (finding.kind == jet::Finding::Kind::kDamage)
-      throw std::runtime_error("The database is damaged: " + finding.text);
-  }
-}
-
 // Throws unless the file has our tables, whose columns mean what ours do, and can be changed. Tables beside
 // them, indexes and other widths do no harm.
 void CheckIsOurs(const std::wstring& path) {
@@ -112,7 +103,44 @@ void WriteTree(win::MainParts& parts) {
   SaveTree(parts);
 }
 
+// The unsaved collection that was set aside before, out of the way of the one that is about to take its
+// place, until that is certain.
+class EarlierUnsaved {
+ public:
+  explicit EarlierUnsaved(const Program& program) : path_(program.dataFolder + kUnsavedFile) {}
+  ~EarlierUnsaved() {
+    if (!kept_) return;
+    if (replaced_) {
+      win::Quietly([&] { DeleteIfThere(Copy()); });
+    } else {
+      ::MoveFileExW(Copy().c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING);
+    }
+  }
+  EarlierUnsaved(const EarlierUnsaved&) = delete;
+  EarlierUnsaved& operator=(const EarlierUnsaved&) = delete;
+  // A copy, so that there is one under its name at any moment.
+  void Keep() {
+    if (!FileExists(path_)) return;
+    ReplaceByCopy(path_, Copy());
+    kept_ = true;
+  }
+  void Replaced() { replaced_ = true; }
+
+ private:
+  std::wstring Copy() const { return path_ + L".old"; }
+  std::wstring path_;
+  bool kept_ = false, replaced_ = false;
+};
+
 }  // namespace
+
+void CheckIsWhole(const std::wstring& path) {
+  const auto database = jet::Database::Open(jet::OpenFile(path, jet::OpenMode::kRead), ToEngine(path));
+  for (const jet::Finding& finding : database->Check()) {
+    if (finding.kind == jet::Finding::Kind::kDamage)
+      throw std::runtime_error("The database is damaged: " + finding.text);
+  }
+}
 
 std::wstring SlotFile(int slot) { return L"Data" + std::to_wstring(slot) + L".dat"; }
 
@@ -125,6 +153,7 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
     if (FileExists(slot)) {
       const bool hadChanges = parts.unsaved != nullptr && parts.unsaved->Any();
       bool replaced = false;
+      EarlierUnsaved earlier(parts.program);
       const win::Finally keepOn([&] {
         if (!replaced && hadChanges && !parts.unsaved->Any())
           win::Quietly([&] { parts.unsaved->Unsettle(); });
@@ -134,10 +163,12 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
         CheckIsWhole(copy);
         rows = CategoriesIn(copy);
         if (parts.unsaved == nullptr) return;
+        if (hadChanges) earlier.Keep();
         parts.unsaved->SetAside();
         parts.unsaved->Settle();
       });
       replaced = true;
+      earlier.Replaced();
       parts.connection.Forget();
     } else if (unsaved) {
       throw std::runtime_error("There is no unsaved collection.");
@@ -148,6 +179,7 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
     ShowTree(parts, rows);
     if (parts.unsaved == nullptr) return true;
     if (unsaved) {
+      win::MarkChanged(parts);  // leaving asks: it is in no slot
       parts.unsaved->Unsettle();
     } else {
       parts.unsaved->Settle();

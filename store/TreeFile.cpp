@@ -74,7 +74,8 @@ class Reader {
 std::string ReadAll(const std::wstring& path) {
   HANDLE handle = INVALID_HANDLE_VALUE;
   const bool opened = Persistently([&] {
-    handle = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    handle = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                           nullptr, OPEN_EXISTING, 0, nullptr);
     return handle != INVALID_HANDLE_VALUE;
   });
   if (!opened) ThrowLastError(L"Cannot read " + path);

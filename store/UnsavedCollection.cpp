@@ -5,11 +5,13 @@
 #include <cstring>
 #include <set>
 #include <stdexcept>
+#include <system_error>
 
 #include "app/base/File.h"
 #include "store/SharedConnection.h"
 #include "store/Store.h"
 #include "store/TreeFile.h"
+#include "store/WholeFile.h"
 #include "ui/win/Boxes.h"
 #include "ui/win/Handles.h"
 
@@ -96,22 +98,28 @@ bool SameCategories(const std::vector<CategoryRow>& a, const std::vector<Categor
                     });
 }
 
-// Is the working database with these categories what a slot holds, or "Unsaved.dat" already?
-bool IsKept(const Program& program, const std::vector<CategoryRow>& rows) {
-  std::vector<std::wstring> names{kUnsavedFile};
-  for (int slot = 0; slot < kSlots; ++slot) names.push_back(SlotFile(slot));
-  return std::any_of(names.begin(), names.end(), [&](const std::wstring& name) {
-    const std::wstring path = program.dataFolder + name;
-    return FileExists(path) && HoldTheSame(path, WorkingDatabase(program), rows);
-  });
+// Is the working database with these categories what this file of the data folder holds?
+bool Holds(const Program& program, const std::wstring& name, const std::vector<CategoryRow>& rows) {
+  const std::wstring path = program.dataFolder + name;
+  return FileExists(path) && HoldTheSame(path, WorkingDatabase(program), rows);
 }
 
-// A copy of the working database with these categories takes the place of "Unsaved.dat".
+bool IsInSlot(const Program& program, const std::vector<CategoryRow>& rows) {
+  for (int slot = 0; slot < kSlots; ++slot) {
+    if (Holds(program, SlotFile(slot), rows)) return true;
+  }
+  return false;
+}
+
+// A copy of the working database with these categories takes the place of "Unsaved.dat", if that does not
+// hold the same.
 void MakeUnsaved(const Program& program, const std::vector<CategoryRow>& rows, std::uint64_t changed) {
+  if (Holds(program, kUnsavedFile, rows)) return;
   ReplaceByCopy(WorkingDatabase(program), program.dataFolder + kUnsavedFile, [&](const std::wstring& copy) {
     jet::Connection connection = OpenedAt(copy);
     WriteCategoryRows(connection, rows);
     connection.Close();
+    CheckIsWhole(copy);
     const FILETIME time{static_cast<DWORD>(changed), static_cast<DWORD>(changed >> 32)};
     const HANDLE file = ::CreateFileW(copy.c_str(), FILE_WRITE_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -122,22 +130,41 @@ void MakeUnsaved(const Program& program, const std::vector<CategoryRow>& rows, s
   });
 }
 
-// Categories for the items of a database whose tree is lost, so that they can be reached.
-std::vector<CategoryRow> CategoriesOfItems(jet::Connection& connection) {
+// For a database whose tree is lost: the categories that were saved last, and one for the items of each
+// category that is not among them, so that all can be reached.
+std::vector<CategoryRow> CategoriesWithItems(jet::Connection& connection) {
+  std::vector<CategoryRow> rows;
+  win::Quietly([&] { rows = ReadCategoryRows(connection); });
+  std::set<std::wstring> known, missing;
+  for (const CategoryRow& row : rows) known.insert(row.key);
   jet::Recordset items;
   items.Open(u"SELECT TreeviewNode FROM FTable", connection);
-  std::set<std::wstring> keys;
-  for (; !items.EndOfFile(); items.MoveNext()) keys.insert(ToWindows(items.Text(std::size_t{0})));
-  std::vector<CategoryRow> rows;
-  for (const std::wstring& key : keys) rows.push_back({kNoParent, key, key});
+  for (; !items.EndOfFile(); items.MoveNext()) {
+    std::wstring key = ToWindows(items.Text(std::size_t{0}));
+    if (!known.contains(key)) missing.insert(std::move(key));
+  }
+  for (const std::wstring& key : missing) rows.push_back({kNoParent, key, key});
   return rows;
+}
+
+// False when the file is gone or damaged; one that is held by somebody is neither.
+bool ReadTree(const std::wstring& path, std::vector<CategoryRow>& rows) {
+  try {
+    rows = ReadTreeFile(path);
+    return true;
+  } catch (const std::system_error& error) {
+    if (error.code().value() != ERROR_FILE_NOT_FOUND && error.code().value() != ERROR_PATH_NOT_FOUND) throw;
+  } catch (const std::runtime_error&) {
+    // Its checksum does not fit.
+  }
+  return false;
 }
 
 std::vector<CategoryRow> RecoveredTree(const Program& program, std::uint64_t version) {
   std::vector<CategoryRow> rows;
-  if (version != 0 && win::Quietly([&] { rows = ReadTreeFile(TreeFileOf(program, version)); })) return rows;
+  if (version != 0 && ReadTree(TreeFileOf(program, version), rows)) return rows;
   jet::Connection connection = OpenedAt(WorkingDatabase(program));
-  rows = version == 0 ? ReadCategoryRows(connection) : CategoriesOfItems(connection);
+  rows = version == 0 ? ReadCategoryRows(connection) : CategoriesWithItems(connection);
   connection.Close();
   return rows;
 }
@@ -201,8 +228,9 @@ void UnsavedCollection::Keep() {
 
 void UnsavedCollection::SetAside() {
   if (!Any() || parts_.TreeView1.Count() == 0) return;
+  parts_.connection.Ado().Checkpoint();  // finishes a write that failed in its last step
   const std::vector<CategoryRow> rows = RowsOfTree(parts_.TreeView1);
-  if (!IsKept(parts_.program, rows)) MakeUnsaved(parts_.program, rows, Now());
+  if (!IsInSlot(parts_.program, rows)) MakeUnsaved(parts_.program, rows, Now());
 }
 
 void UnsavedCollection::MarkSettled() {
@@ -227,12 +255,17 @@ void UnsavedCollection::Unsettle() {
 }
 
 void UnsavedCollection::Finish() {
-  win::Quietly([this] { parts_.connection.Ado().RemoveLog(); });
-  DeleteTreeFiles(parts_.program);
+  // A log that cannot be deleted now says at least that there is nothing to recover.
+  win::Quietly([this] {
+    Settle();
+    parts_.connection.Ado().RemoveLog();
+  });
 }
 
 bool RecoverUnsaved(const Program& program) {
-  const std::wstring database = WorkingDatabase(program);
+  const std::wstring database = WorkingDatabase(program), unsaved = program.dataFolder + kUnsavedFile;
+  // Left where the end came while another collection was loaded.
+  win::Quietly([&] { DeleteIfThere(unsaved + L".old"); });
   bool found = false;
   if (FileExists(database)) {
     const auto bytes = jet::RecoverFromLog(database, LogOf(program));
@@ -240,13 +273,18 @@ bool RecoverUnsaved(const Program& program) {
     const std::optional<Note> note = bytes ? NoteOf(*bytes) : std::nullopt;
     if (note && note->unsaved != 0) {
       const std::vector<CategoryRow> rows = RecoveredTree(program, note->tree);
-      found = !rows.empty() && !IsKept(program, rows);
+      found = !rows.empty() && !IsInSlot(program, rows);
       if (found) MakeUnsaved(program, rows, note->changed);
     }
   }
+  // What is recovered is safe by now. A log that stays is one of a database that is about to go, and has to
+  // say that there is nothing to redo.
   jet::Connection connection;
   connection.SetLog(LogOf(program));
-  connection.RemoveLog();
+  if (!win::Quietly([&] { connection.RemoveLog(); })) {
+    connection.SetNote(BytesOf({}));
+    connection.Checkpoint();
+  }
   DeleteTreeFiles(program);
   return found;
 }
@@ -265,9 +303,11 @@ std::wstring PutUnrecoveredAway(const Program& program) {
   if (search == INVALID_HANDLE_VALUE) return target;
   const win::Finally close([&] { ::FindClose(search); });
   do {
-    const std::wstring name = found.cFileName;
-    ::MoveFileExW((program.dataFolder + name).c_str(),
-                  (target + name.substr(program.workingDatabase.size())).c_str(), 0);
+    const std::wstring name = found.cFileName, to = target + name.substr(program.workingDatabase.size());
+    const auto rename = [&] {
+      return ::MoveFileExW((program.dataFolder + name).c_str(), to.c_str(), 0) != FALSE;
+    };
+    if (!Persistently(rename)) ThrowLastError(L"Cannot rename " + name);
   } while (::FindNextFileW(search, &found));
   return target;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "items/ItemCommands.h"
+#include "items/ShowData.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
 #include "tree/NodeCommands.h"
@@ -60,6 +61,10 @@ void MoveSelectedItems(win::MainParts& parts, const std::wstring& key) {
     win::ShowObjectCount(parts);
     items::EnableItemCommands(parts);
   });
+  bool written = false;
+  const win::Finally showWhatIsThere([&] {
+    if (!written) items::ShowData(parts, win::CurrentCategory(parts));
+  });
   store::Opened connection(parts.connection);
   for (; row != selected.rend(); ++row) {
     connection->Execute(L"UPDATE FTable SET TreeviewNode=" + store::Quoted(key) + L" WHERE FileIndex=" +
@@ -67,6 +72,7 @@ void MoveSelectedItems(win::MainParts& parts, const std::wstring& key) {
     win::MarkChanged(parts);
   }
   connection.Close();
+  written = true;
 }
 
 void Changecategory::Show(HWND owner) {

@@ -21,10 +21,13 @@ constexpr const wchar_t* kNewCategory = L"New Category ";
 void ShowNewCategory(win::MainParts& parts, win::TreeNode& node, bool scroll) {
   parts.TreeView1.Select(&node);
   if (scroll) parts.TreeView1.EnsureVisible(node);
+  const std::wstring key = node.Key();
+  win::SetCurrentCategory(parts, node.Text(), key);
+  items::ClearList(parts);
+  // Last: a question that clearing the list leads to, about a comment, would end the edit.
+  if (win::CurrentCategory(parts) != key) return;
   parts.TreeView1.SetAutomaticLabelEdit(true);
   parts.TreeView1.StartLabelEdit();
-  win::SetCurrentCategory(parts, node.Text(), node.Key());
-  items::ClearList(parts);
 }
 
 void InsertBesideSelected(win::MainParts& parts, win::Relationship relationship, bool scroll) {

@@ -73,6 +73,8 @@ class TemporaryCopy {
 
   const std::wstring& Path() const { return path_; }
   void Make(const std::wstring& from) {
+    ::SetFileAttributesW(path_.c_str(),
+                         FILE_ATTRIBUTE_NORMAL);  // a crash may have left one that is read-only
     if (!Persistently([&] { return ::CopyFileW(from.c_str(), path_.c_str(), FALSE) != FALSE; }))
       ThrowLastError(L"Cannot copy " + from + L" to " + path_);
     // A template that was installed read-only must not make read-only copies.

@@ -220,6 +220,16 @@ TEST_F(Unsaved, IsAskedForAgainWhenTheSessionGoesOn) {
   EXPECT_EQ(world.boxes.size(), 1u);
 }
 
+TEST_F(Unsaved, KeepsItsWindowUntilTheSessionIsKnownToEnd) {
+  StartWithWork();
+  SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0);
+  SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
+  EXPECT_TRUE(IsWindow(form->Handle()));
+  EXPECT_TRUE(world.boxes.empty());
+  SendMessageW(form->Handle(), WM_ENDSESSION, FALSE, 0);
+  EXPECT_TRUE(IsWindow(form->Handle()));
+}
+
 TEST_F(Unsaved, IsNotAskedForByAWindowThatIsClosedAsTheSessionEnds) {
   StartWithWork();
   SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, ENDSESSION_CLOSEAPP);

@@ -202,6 +202,22 @@ TEST_F(UnsavedCollectionTest, ChangesPlacesWithTheUnsavedOneThatIsShown) {
   EXPECT_EQ(ContentOf(Unsaved()), Worked()) << "what was shown when the program crashed";
 }
 
+TEST_F(UnsavedCollectionTest, IsFoundAgainAfterTheNextCrash) {
+  Work();
+  ASSERT_TRUE(Restart());
+  ASSERT_TRUE(LoadData(parts, kUnsavedFile));
+  EXPECT_TRUE(Restart()) << "nothing was changed, but it is in no slot";
+  EXPECT_EQ(ContentOf(Unsaved()), Worked());
+}
+
+TEST_F(UnsavedCollectionTest, CountsAsChangedOnceItIsOpened) {
+  Work();
+  ASSERT_TRUE(Restart());
+  dir.program.databaseSaved = true;
+  ASSERT_TRUE(LoadData(parts, kUnsavedFile));
+  EXPECT_FALSE(dir.program.databaseSaved);
+}
+
 TEST_F(UnsavedCollectionTest, StaysWhenALoadFails) {
   dir.WriteFile(L"KestrelonData\\Data1.dat", "no database");
   Work();
@@ -389,6 +405,50 @@ TEST_F(UnsavedCollectionStopped, WhileItIsRecoveredIsRecoveredByTheNextStart) {
                 ASSERT_TRUE(IsThere());
                 EXPECT_EQ(ContentOf(Unsaved()), Worked());
               });
+}
+
+// Failing at every call that changes a file.
+TEST_F(UnsavedCollectionStopped, ThatIsOpenedOverAnotherOneIsNotLostWhenThatFails) {
+  for (std::size_t call = 0; !HasFailure(); ++call) {
+    SCOPED_TRACE("call " + std::to_string(call));
+    Fresh();
+    Work();
+    ASSERT_TRUE(Restart());
+    AddCategory(nullptr, L"N", L"newer");
+    unsaved->Keep();
+    bool hit = false, loaded = false;
+    {
+      FileCalls calls(Mode::kDiskFull, call);
+      world.answers = {IDOK, IDOK};
+      loaded = LoadData(parts, kUnsavedFile);
+      hit = calls.Hit();
+    }
+    world.answers.clear();
+    const Content shown = Shape() == L"N=newer" ? Content{L"0_|N|newer"} : Worked();
+    EXPECT_EQ(shown == Worked(), loaded);
+    const Content kept = ContentOf(Unsaved());
+    EXPECT_EQ(kept, loaded ? Content{L"0_|N|newer"} : Worked());
+    EXPECT_FALSE(FileExists(Unsaved() + L".old"));
+    if (!hit) break;
+  }
+}
+
+TEST_F(UnsavedCollectionStopped, ThatWasSetAsideStaysWholeThoughTheLogCannotBeRemoved) {
+  for (std::size_t call = 0; !HasFailure(); ++call) {
+    SCOPED_TRACE("call " + std::to_string(call));
+    Fresh();
+    Work();
+    unsaved->SetAside();
+    bool hit = false;
+    {
+      FileCalls calls(Mode::kDiskFull, call);
+      unsaved->Finish();
+      hit = calls.Hit();
+    }
+    Restart();
+    EXPECT_EQ(ContentOf(Unsaved()), Worked());
+    if (!hit) break;
+  }
 }
 
 TEST_F(UnsavedCollectionTest, ThatCannotBeRecoveredIsPutAwayWhole) {

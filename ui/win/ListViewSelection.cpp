@@ -86,6 +86,7 @@ void ListView::Append(ListRow row) {
 }
 
 void ListView::SetText(std::size_t row, std::size_t column, std::wstring_view text) {
+  if (static_cast<int>(column) == sortKey_ && rows_.at(row).Text(column) != text) DropSortOrder();
   rows_.at(row).SetText(column, text);
   Send(LVM_REDRAWITEMS, row, static_cast<LPARAM>(row));
 }

@@ -18,7 +18,7 @@ constexpr UINT_PTR kSubclass = 0x53746F72;
 constexpr UINT_PTR kTipTimer = 0x53746F72;
 constexpr UINT kTipMilliseconds = 8000;
 constexpr int kTipWidth = 320;
-constexpr wchar_t kQuote = L'"';
+constexpr wchar_t kQuote = L'"', kControlV = 0x16;
 
 // What belongs to one box; goes with its window.
 struct Storable {
@@ -107,8 +107,17 @@ LRESULT CALLBACK Procedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam
   return Guarded(0, [&]() -> LRESULT {
     auto& storable = *reinterpret_cast<Storable*>(data);
     switch (message) {
+      case WM_KEYDOWN:
+        // The control's own way to paste by these keys need not lead through the message.
+        if (wParam != VK_INSERT || ::GetKeyState(VK_SHIFT) >= 0 || ::GetKeyState(VK_CONTROL) < 0) break;
+        ::SendMessageW(edit, WM_PASTE, 0, 0);
+        return 0;
       case WM_CHAR:
         HideTip(edit, storable);
+        if (wParam == kControlV) {
+          ::SendMessageW(edit, WM_PASTE, 0, 0);
+          return 0;
+        }
         if (wParam == kQuote && !Is(edit, ES_READONLY)) {
           Explain(edit, storable, storable.refusal);
           return 0;
