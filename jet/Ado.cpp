@@ -133,6 +133,9 @@ Connection::~Connection() {
   } catch (...) {
     // Whoever needs to know calls Close().
   }
+  // Recordsets may keep the session for longer, but no files.
+  state_->session->Drop();
+  state_->session->log.reset();
 }
 
 Connection::Connection(Connection&&) noexcept = default;

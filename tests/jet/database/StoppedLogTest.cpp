@@ -344,7 +344,7 @@ TEST(DamagedLog, NeverDamagesASoundDatabase) {
 }
 
 TEST(RedoLog, DoesNotStayLongAfterALongRecord) {
-  LoggedWork work(NewImage(FileWithRows(2500)));
+  LoggedWork work(NewImage(FileWithRows(4000)));
   work.Record([](Database& database) { UpdateEvery(database.OpenTable(u"FTable"), 1, 2, u"x"); });
   Image image = work.disk.Current();
   EXPECT_GT(std::max(image[kFirstLog].size(), image[kSecondLog].size()), 1u << 20);

@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -152,7 +153,13 @@ TEST_F(LoggedConnections, KeepTheNoteOfTheLogUntilTheySetOne) {
   EXPECT_EQ(Recovered(), Note{9});
 }
 
-TEST_F(LoggedConnections, StayOpenAfterAFlushWithTheirRecordsets) {
+// What is on disk after a flush is what is left when nothing can be written from then on.
+void ExpectFlushed(const std::filesystem::path& path, const std::filesystem::path& log) {
+  FailingDisk disk;
+  Connection connection(disk.Opener());
+  EXPECT_THROW(connection.Flush(), Error);
+  connection.SetConnectionString(ConnectionStringOf(path));
+  connection.SetLog(log);
   connection.Open();
   for (std::size_t i = 0; i < 3; ++i) AddItem(connection, i);
   Recordset rows;
@@ -163,29 +170,40 @@ TEST_F(LoggedConnections, StayOpenAfterAFlushWithTheirRecordsets) {
   EXPECT_EQ(rows.Text(u"FileIndex"), u"1#K");
   rows.MoveNext();
   EXPECT_EQ(rows.Text(u"FileIndex"), u"2#K");
-  std::filesystem::copy_file(path, folder / "copy.dat");
-  EXPECT_EQ(RowsIn(folder / "copy.dat"), 3u);
   AddItem(connection, 4);
-  connection.Close();
-  EXPECT_EQ(RowsIn(path), 4u);
+  EXPECT_TRUE(connection.Changed());
+  disk.first = disk.calls;
+  EXPECT_THROW(connection.Flush(), Error);
+  EXPECT_EQ(Count(connection), 4u);
+  EXPECT_THROW(connection.Close(), Error);
+  connection = Connection();
+  if (!log.empty()) RecoverFromLog(path, log);
+  EXPECT_EQ(RowsIn(path), 3u);
 }
 
-TEST(Connections, FlushWithoutALogToo) {
-  const ScopedTestDir folder;
-  const std::filesystem::path path = MakeDatabaseFile(folder / "plain.dat");
-  Connection connection;
-  EXPECT_THROW(connection.Flush(), Error);
-  connection.SetConnectionString(ConnectionStringOf(path));
+TEST_F(LoggedConnections, StayOpenAfterAFlushWithTheirRecordsets) { ExpectFlushed(path, log); }
+
+TEST_F(LoggedConnections, NeedNoLogToFlush) {
+  ExpectFlushed(path, {});
+  EXPECT_FALSE(std::filesystem::exists(first));
+}
+
+TEST_F(LoggedConnections, GoOnWithTheSameFileAfterAFlush) {
   connection.Open();
-  connection.SetNote({1});  // of no effect
-  EXPECT_FALSE(connection.Changed());
   AddItem(connection, 1);
   connection.Flush();
-  std::filesystem::copy_file(path, folder / "copy.dat");
-  EXPECT_EQ(RowsIn(folder / "copy.dat"), 1u);
   connection.Close();
   connection.Open();
-  EXPECT_EQ(Count(connection), 1u);
+  AddItem(connection, 2);
+  connection.Close();
+  EXPECT_EQ(RowsIn(path), 2u);
+}
+
+TEST_F(LoggedConnections, IgnoreANoteWithoutALog) {
+  connection.SetLog({});
+  connection.Open();
+  connection.SetNote({1});
+  EXPECT_FALSE(connection.Changed());
 }
 
 TEST_F(LoggedConnections, LetTheFileBeReplacedAfterACheckpoint) {
@@ -198,15 +216,6 @@ TEST_F(LoggedConnections, LetTheFileBeReplacedAfterACheckpoint) {
   std::filesystem::remove(path);
   MakeDatabaseFile(path);
   connection.Forget();
-  {
-    // Another process, after a stop here.
-    std::filesystem::create_directory(folder / "stopped");
-    for (const char* name : {"default.dat", "default.log.1", "default.log.2"})
-      std::filesystem::copy_file(folder / name, folder / "stopped" / name);
-    EXPECT_EQ(RecoverFromLog(folder / "stopped" / "default.dat", folder / "stopped" / "default.log"),
-              Note{7});
-    EXPECT_EQ(RowsIn(folder / "stopped" / "default.dat"), 0u);
-  }
   connection.Open();
   EXPECT_EQ(Count(connection), 0u);
   AddItem(connection, 1);
@@ -214,6 +223,20 @@ TEST_F(LoggedConnections, LetTheFileBeReplacedAfterACheckpoint) {
   connection = Connection();
   EXPECT_EQ(Recovered(), Note{7});
   EXPECT_EQ(RowsIn(path), 1u);
+  EXPECT_THAT(FaultsOf(path), IsEmpty());
+}
+
+TEST_F(LoggedConnections, BringNothingIntoAFileThatTookThePlaceAfterACheckpoint) {
+  connection.Open();
+  for (std::size_t i = 0; i < 100; ++i) AddItem(connection, i);
+  connection.SetNote({7});
+  connection.Close();
+  connection.Checkpoint();
+  connection = Connection();
+  std::filesystem::remove(path);
+  MakeDatabaseFile(path);
+  EXPECT_EQ(Recovered(), Note{7});
+  EXPECT_EQ(RowsIn(path), 0u);
   EXPECT_THAT(FaultsOf(path), IsEmpty());
 }
 
