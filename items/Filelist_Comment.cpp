@@ -92,7 +92,14 @@ void Filelist_Comment::FollowSelection() {
   const auto selected = parts_.ListView1.SelectedRow();
   const bool another = !selected || parts_.ListView1.Rows()[*selected].Tag() != TextOf(L"Label3") ||
                        parts_.ListView1.Rows()[*selected].Text(kCommentColumn) != shownComment_;
-  if (another && !Settle()) return;
+  // The user knows that it could not be saved; another selection asks again.
+  const std::wstring tag(selected ? parts_.ListView1.Rows()[*selected].Tag() : std::wstring_view());
+  if (another && failedAt_ == tag) return;
+  failedAt_.reset();
+  if (another && !Settle()) {
+    failedAt_ = tag;
+    return;
+  }
   // The question may have taken its time.
   const auto row = parts_.ListView1.SelectedRow();
   if (!row) {

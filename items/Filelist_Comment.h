@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "ui/win/Form.h"
@@ -51,6 +52,8 @@ class Filelist_Comment : public win::Form {
   win::MainParts& parts_;
   std::wstring shownComment_;  // as the row has it
   bool settling_ = false;      // the question is open
+  // The row that was selected when saving failed; empty text for none.
+  std::optional<std::wstring> failedAt_;
 };
 
 // The entry with the check mark: opens the window, or closes it again.

@@ -20,7 +20,7 @@ class Unsaved : public MainFormFixture {
   }
   // Ends without a word, as a crash does, and starts again. The answer to the question, if one is expected.
   void CrashAndStart(std::initializer_list<int> answers = {}) {
-    End();
+    Crash();
     world.boxes.clear();
     world.answers.assign(answers);
     Start();
@@ -269,7 +269,7 @@ TEST_F(Unsaved, OpensTheLoadDialogOnTheUnsavedCollectionWhereNoSlotWasSaved) {
 TEST_F(Unsaved, ThatCannotBeRecoveredIsPutAwayAndTheProgramStarts) {
   StartWithWork();
   const std::wstring database = program.dataFolder + program.workingDatabase;
-  End();
+  Crash();
   std::string bytes = ScopedTestDir::ReadBytes(database);
   for (std::size_t page = 2; page * 4096 < bytes.size(); ++page)
     std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(page * 4096), 4096, 'x');

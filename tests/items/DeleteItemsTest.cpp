@@ -106,7 +106,7 @@ TEST_F(DeleteItems, SendsTheFilesToTheRecycleBinFromTheLastRowToTheFirst) {
 }
 
 TEST_F(DeleteItems, SaysThatAPathIsTooLongAndRemovesItsRow) {
-  StartWith({L"C:\\" + std::wstring(257, L'a'), L"C:\\b"});
+  StartWith({L"C:\\" + std::wstring(130, L'a') + L"\\" + std::wstring(126, L'a'), L"C:\\b"});
   world.answers = {IDYES, IDYES, IDOK};
   world.shellResults = {true};
   Command(L"meu_Delete");

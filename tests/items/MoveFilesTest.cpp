@@ -175,7 +175,7 @@ TEST_F(MoveTo, AsksInTheLanguageInUse) {
 }
 
 TEST_F(MoveTo, SaysThatAPathIsTooLong) {
-  const std::wstring path = L"C:\\" + std::wstring(257, L'a');
+  const std::wstring path = L"C:\\" + std::wstring(130, L'a') + L"\\" + std::wstring(126, L'a');
   StartWith({path});
   world.folders = {Folder(L"target")};
   world.answers = {IDOK};

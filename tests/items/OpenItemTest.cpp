@@ -1,5 +1,6 @@
 // Opening the selected item's file.
 
+#include "items/ItemCommands.h"
 #include "items/OpenItem.h"
 #include "items/ShowData.h"
 #include "tests/support/MainFormFixture.h"
@@ -16,6 +17,7 @@ class OpenItem : public MainFormFixture {
     for (const std::wstring& path : paths) AddItem(L"A_", ++number, {L"alias", L"file", path});
     items::ShowData(Parts(), L"A_");
     List().SelectOnly(0);
+    items::EnableItemCommands(Parts());
     win::DoEvents();
   }
   void ExpectCannotOpen() {

@@ -20,6 +20,7 @@
 #include "jet/database/Database.h"
 #include "store/Schema.h"
 #include "store/SharedConnection.h"
+#include "store/UnsavedCollection.h"
 #include "tests/support/FakeWorld.h"
 #include "tests/support/KeyInput.h"
 #include "tests/support/Pump.h"
@@ -129,7 +130,13 @@ class MainFormFixture : public testing::Test {
     form->FinishLoading();
     win::DoEvents();
   }
+  // The program has come to its end. What was not saved is nobody's worry.
   void End() {
+    if (form && form->Parts().unsaved) form->Parts().unsaved->Finish();
+    Crash();
+  }
+  // The same without a word to anybody.
+  void Crash() {
     form.reset();
     // A main window that goes ends the program; the next test goes on.
     for (MSG message; PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);) {
