@@ -59,6 +59,7 @@ def test_every_answer_to_the_exit_question(package, out):
         user.save(4)
         assert texts(desktop.data_folder / "Data3.dat") == ["Left by No"]
         user.exit()
+        wait_for("the lock to go with the program", lambda: not (desktop.data_folder / "Kestrelon.lock").exists())
         left = sorted(path.name for path in desktop.data_folder.iterdir())
         assert left == ["Data1.dat", "Data3.dat", "Kestrelon.dat", "Temp.dat", "Unsaved.dat", "default.dat"], left
 
