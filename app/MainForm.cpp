@@ -358,11 +358,28 @@ void MainForm::ShowToolDialogs(bool show) {
   if (parts_.commentShown) ::ShowWindow(listHelpers_.comment->Handle(), command);
 }
 
+// The dialog or the box that keeps this window disabled. The one that was active last is mostly it, but not
+// where this window itself was made the active one meanwhile.
+HWND MainForm::DialogInFront() const {
+  HWND front = ::GetLastActivePopup(Handle());
+  if (front != Handle() && ::IsWindowEnabled(front)) return front;
+  ::EnumThreadWindows(
+      ::GetCurrentThreadId(),
+      [](HWND window, LPARAM result) -> BOOL {
+        const bool titled = (::GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION) == WS_CAPTION;
+        if (!titled || ::GetWindow(window, GW_OWNER) == nullptr || !::IsWindowEnabled(window)) return TRUE;
+        *reinterpret_cast<HWND*>(result) = window;
+        return FALSE;
+      },
+      reinterpret_cast<LPARAM>(&front));
+  return front;
+}
+
 void MainForm::cSysTray1_Activated() {
   ::ShowWindow(Handle(), ::IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
   cSysTray1_.Remove();
   // A dialog that the window waits for is in front of it.
-  const HWND front = ::IsWindowEnabled(Handle()) ? Handle() : ::GetLastActivePopup(Handle());
+  const HWND front = ::IsWindowEnabled(Handle()) ? Handle() : DialogInFront();
   if (!::IsWindowVisible(front)) ::ShowWindow(front, SW_SHOW);  // it went with the window
   ::SetForegroundWindow(front);
 }

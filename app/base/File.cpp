@@ -73,8 +73,10 @@ class TemporaryCopy {
 
   const std::wstring& Path() const { return path_; }
   void Make(const std::wstring& from) {
-    ::SetFileAttributesW(path_.c_str(),
-                         FILE_ATTRIBUTE_NORMAL);  // a crash may have left one that is read-only
+    // A crash may have left one that is read-only.
+    const DWORD left = ::GetFileAttributesW(path_.c_str());
+    if (left != INVALID_FILE_ATTRIBUTES && (left & FILE_ATTRIBUTE_READONLY) != 0)
+      ::SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
     if (!Persistently([&] { return ::CopyFileW(from.c_str(), path_.c_str(), FALSE) != FALSE; }))
       ThrowLastError(L"Cannot copy " + from + L" to " + path_);
     // A template that was installed read-only must not make read-only copies.

@@ -71,6 +71,7 @@ class LanguageCompleteness : public MainFormFixture {
     Start();
     for (int slot = 0; slot < app::kSlots; ++slot)
       dir.settings.Write(app::SlotKey(slot), app::SlotLabel(slot, world.now));
+    dir.WriteFile(L"KestrelonData\\Unsaved.dat", TemplateBytes());  // which the Load dialog offers
     SelectCategory(AddCategory(L"A_", L"A"));
     AddItem(L"A_", 1, {L"item"});
     items::ShowData(Parts(), L"A_");

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "items/AliasAsFileName.h"
+#include "items/ItemCommands.h"
 #include "tests/items/ItemDialogFixture.h"
 
 namespace kestrelon::test {
@@ -177,6 +178,11 @@ TEST_F(AliasAsFileName, DoesNotAskTheShellForANameThatIsTakenByAFileOrAFolder) {
 
 TEST_F(AliasAsFileName, ChangesNoMoreThanTheCaseOfTheName) {
   StartWithFiles({{L"Report", L"REPORT.TXT"}});
+  UseAShellThat([](const std::wstring& from, const std::wstring& to) {
+    // In two steps, which every file system takes for a change.
+    MoveFileW(from.c_str(), (from + L".x").c_str());
+    MoveFileW((from + L".x").c_str(), to.c_str());
+  });
 
   Command(L"meu_Definenameasfilename");
 
@@ -279,8 +285,7 @@ TEST_F(AliasAsFileName, TheFileOfAPathWithoutExtensionIsFoundUnderItsNewPath) {
 
   Command(L"meu_Definenameasfilename");
 
-  EXPECT_EQ(Files(), Texts{L"read me.|" + dir.Path(L"read me.")});
-  EXPECT_EQ(ScopedTestDir::ReadBytes(dir.Path(L"read me.")), "text");
+  EXPECT_EQ(Files(), Texts{L"read me|" + dir.Path(L"read me")});
   EXPECT_EQ(ScopedTestDir::ReadBytes(dir.Path(L"read me")), "text");
 }
 
@@ -397,6 +402,7 @@ TEST_F(AliasAsFileName, TakesAThousandRows) {
   }
   items::ShowData(Parts(), L"A_");
   List().SelectAll();
+  items::EnableItemCommands(Parts());
   UseAShellThat(
       [](const std::wstring& from, const std::wstring& to) { MoveFileW(from.c_str(), to.c_str()); });
 

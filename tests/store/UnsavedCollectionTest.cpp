@@ -416,19 +416,20 @@ TEST_F(UnsavedCollectionStopped, ThatIsOpenedOverAnotherOneIsNotLostWhenThatFail
     ASSERT_TRUE(Restart());
     AddCategory(nullptr, L"N", L"newer");
     unsaved->Keep();
-    bool hit = false, loaded = false;
+    bool hit = false, loaded = false, deletionFailed = false;
     {
       FileCalls calls(Mode::kDiskFull, call);
       world.answers = {IDOK, IDOK};
       loaded = LoadData(parts, kUnsavedFile);
       hit = calls.Hit();
+      deletionFailed = calls.DeletionFailed();
     }
     world.answers.clear();
     const Content shown = Shape() == L"N=newer" ? Content{L"0_|N|newer"} : Worked();
     EXPECT_EQ(shown == Worked(), loaded);
     const Content kept = ContentOf(Unsaved());
     EXPECT_EQ(kept, loaded ? Content{L"0_|N|newer"} : Worked());
-    EXPECT_FALSE(FileExists(Unsaved() + L".old"));
+    EXPECT_TRUE(deletionFailed || !FileExists(Unsaved() + L".old"));
     if (!hit) break;
   }
 }
