@@ -42,6 +42,23 @@ constexpr const wchar_t* kColumnCaptions[5] = {L"Alias", L"File name", L"Local F
 constexpr double kDesignWidths[5] = {1874.835, 2234.835, 7409.764, 1440, 1440};
 constexpr int kWidestColumn = 20000;  // pixels; what a settings file may ask for
 
+// The dialog or the box that keeps the main window disabled. The one that was active last is mostly it, but
+// not where that window itself was made the active one meanwhile.
+HWND DialogInFront(HWND main) {
+  HWND front = ::GetLastActivePopup(main);
+  if (front != main && ::IsWindowEnabled(front)) return front;
+  ::EnumThreadWindows(
+      ::GetCurrentThreadId(),
+      [](HWND window, LPARAM result) -> BOOL {
+        const bool titled = (::GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION) == WS_CAPTION;
+        if (!titled || ::GetWindow(window, GW_OWNER) == nullptr || !::IsWindowEnabled(window)) return TRUE;
+        *reinterpret_cast<HWND*>(result) = window;
+        return FALSE;
+      },
+      reinterpret_cast<LPARAM>(&front));
+  return front;
+}
+
 }  // namespace
 
 MainForm::MainForm(Program& program, OutsideWorld& world, ui::cSysTray::Notify notify)
@@ -358,28 +375,11 @@ void MainForm::ShowToolDialogs(bool show) {
   if (parts_.commentShown) ::ShowWindow(listHelpers_.comment->Handle(), command);
 }
 
-// The dialog or the box that keeps this window disabled. The one that was active last is mostly it, but not
-// where this window itself was made the active one meanwhile.
-HWND MainForm::DialogInFront() const {
-  HWND front = ::GetLastActivePopup(Handle());
-  if (front != Handle() && ::IsWindowEnabled(front)) return front;
-  ::EnumThreadWindows(
-      ::GetCurrentThreadId(),
-      [](HWND window, LPARAM result) -> BOOL {
-        const bool titled = (::GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION) == WS_CAPTION;
-        if (!titled || ::GetWindow(window, GW_OWNER) == nullptr || !::IsWindowEnabled(window)) return TRUE;
-        *reinterpret_cast<HWND*>(result) = window;
-        return FALSE;
-      },
-      reinterpret_cast<LPARAM>(&front));
-  return front;
-}
-
 void MainForm::cSysTray1_Activated() {
   ::ShowWindow(Handle(), ::IsIconic(Handle()) ? SW_RESTORE : SW_SHOW);
   cSysTray1_.Remove();
   // A dialog that the window waits for is in front of it.
-  const HWND front = ::IsWindowEnabled(Handle()) ? Handle() : DialogInFront();
+  const HWND front = ::IsWindowEnabled(Handle()) ? Handle() : DialogInFront(Handle());
   if (!::IsWindowVisible(front)) ::ShowWindow(front, SW_SHOW);  // it went with the window
   ::SetForegroundWindow(front);
 }

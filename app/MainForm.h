@@ -87,7 +87,6 @@ class MainForm : public win::Form {
   void GoToTray();
   void ShowToolDialogs(bool show);  // those that the user has open go and come back with the window
   void cSysTray1_Activated();
-  HWND DialogInFront() const;
   bool Form_QueryUnload();  // false: the window stays
   bool LeaveCollection();   // false: the window stays
   void Form_Unload();
