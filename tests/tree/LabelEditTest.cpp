@@ -155,6 +155,9 @@ class LabelEditEnd : public LabelEdit {
   }
   void ExpectKept() {
     EXPECT_FALSE(Tree().EditingLabel());
+    ExpectNamed();
+  }
+  void ExpectNamed() {
     EXPECT_EQ(node_->Text(), L"typed");
     EXPECT_FALSE(program.databaseSaved);
   }
@@ -201,7 +204,7 @@ TEST_F(LabelEditEnd, ByAClickOnTheList) {
 TEST_F(LabelEditEnd, ByAMenuCommandThatSelectsAnother) {
   StartEdit();
   Command(L"meu_AddNextSibling");
-  ExpectKept();
+  ExpectNamed();  // the new category is being named now
   EXPECT_EQ(ShownTree(), L"typed,New Category ,other(child)");
   EXPECT_EQ(Panel(1), L"Category : New Category ");
   EXPECT_EQ(Panel(2), Tree().Selected()->Key());
@@ -218,7 +221,7 @@ TEST_F(LabelEditEnd, ByAMenuCommandThatSelectsNothing) {
 TEST_F(LabelEditEnd, ByTheToolbar) {
   StartEdit();
   SendMessageW(form->Handle(), WM_COMMAND, MAKEWPARAM(200 + 1, 0), 0);  // a new category below it
-  ExpectKept();
+  ExpectNamed();                                                        // the new category is being named now
   EXPECT_EQ(ShownTree(), L"typed(New Category ),other(child)");
 }
 
