@@ -177,13 +177,16 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
       ReplaceByCopy(parts.program.dataFolder + L"Temp.dat", slot);
     }
     ShowTree(parts, rows);
+    if (unsaved) win::MarkChanged(parts);  // leaving asks: it is in no slot
     if (parts.unsaved == nullptr) return true;
-    if (unsaved) {
-      win::MarkChanged(parts);  // leaving asks: it is in no slot
-      parts.unsaved->Unsettle();
-    } else {
-      parts.unsaved->Settle();
-    }
+    // It is loaded. What cannot be noted now for a crash is tried again with the next change.
+    win::Quietly([&] {
+      if (unsaved) {
+        parts.unsaved->Unsettle();
+      } else {
+        parts.unsaved->Settle();
+      }
+    });
     return true;
   });
 }

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "items/ItemCommands.h"
-#include "items/ShowData.h"
 #include "lang/SelectLanguage.h"
 #include "store/SharedConnection.h"
 #include "tree/NodeCommands.h"
@@ -61,18 +60,18 @@ void MoveSelectedItems(win::MainParts& parts, const std::wstring& key) {
     win::ShowObjectCount(parts);
     items::EnableItemCommands(parts);
   });
-  bool written = false;
-  const win::Finally showWhatIsThere([&] {
-    if (!written) items::ShowData(parts, win::CurrentCategory(parts));
-  });
   store::Opened connection(parts.connection);
   for (; row != selected.rend(); ++row) {
     connection->Execute(L"UPDATE FTable SET TreeviewNode=" + store::Quoted(key) + L" WHERE FileIndex=" +
                         store::Quoted(list.Rows()[*row].Tag()));
     win::MarkChanged(parts);
   }
-  connection.Close();
-  written = true;
+  try {
+    connection.Close();
+  } catch (...) {
+    row = selected.rbegin();  // nothing was moved
+    throw;
+  }
 }
 
 void Changecategory::Show(HWND owner) {
