@@ -20,7 +20,7 @@ std::vector<std::wstring> ReadClipboardFiles(HWND owner);
 // The window becomes a clipboard viewer the old way, by SetClipboardViewer, and does nothing else for the
 // chain of viewers: it passes no notification on to the next viewer, does not handle WM_CHANGECBCHAIN and
 // does not leave the chain; after Remove it merely answers no more. Viewers that registered before it
-// therefore hear nothing through it. Required so: do not repair.
+// therefore hear nothing through it.
 class ClipboardHook {
  public:
   ClipboardHook() = default;

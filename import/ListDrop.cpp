@@ -29,7 +29,7 @@ DWORD ListView1_OLEDragDrop(win::MainParts& parts, IDataObject& data, POINT) {
                           if (win::CurrentCategory(parts) != key) return DWORD{DROPEFFECT_NONE};
                           if (!paths.empty())
                             AddFiles(parts, key, paths, {.largestNumber = kLargest32Bit, .oneTime = true});
-                          // Also when only folders were dropped. Required so.
+                          // Also when only folders were dropped: the flag errs on the side of asking.
                           win::MarkChanged(parts);
                           return DWORD{DROPEFFECT_COPY};
                         });

@@ -146,7 +146,7 @@ void inputDialog::InsertTicked() {
   }
   remove();
   SetControlCaption(*Label1_, L"");
-  win::MarkChanged(parts_);  // also when nothing was ticked. Required so.
+  win::MarkChanged(parts_);  // also when nothing was ticked: it errs on the side of asking
 }
 
 LRESULT inputDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {

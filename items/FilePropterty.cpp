@@ -48,7 +48,7 @@ constexpr const wchar_t* kFilter =
 }  // namespace
 
 std::wstring PropertiesStatement(const std::array<std::wstring, 5>& texts) {
-  // Without blanks behind the commas and before WHERE: a quote ends its token. Required so.
+  // Without blanks behind the commas and before WHERE: a quote ends its token.
   return L"UPDATE FTable SET Filename=" + store::Quoted(texts[0]) + L"," + L"LocalFile=" +
          store::Quoted(texts[1]) + L"," + L"InsertTime=" + store::Quoted(texts[2]) + L"," + L"Comment=" +
          store::Quoted(texts[3]) + L"WHERE FileIndex=" + store::Quoted(texts[4]);

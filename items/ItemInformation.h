@@ -12,7 +12,7 @@ namespace kestrelon::items {
 std::wstring ItemInformation(const Program& program, const OutsideWorld& world, const std::wstring& path);
 
 // The path as the tip shows it: more than 40 characters are cut to the first 50 and followed by "...". The
-// two figures differ as required, so a path of 41 to 50 characters is whole and still has the dots.
+// two figures differ, so that a path of 41 to 50 characters is whole and still has the dots.
 std::wstring ShortenedPath(const std::wstring& path);
 
 // A network path whose server does not answer counts as missing; every other path may be looked at.

@@ -108,7 +108,7 @@ void TreeView1_NodeClick(win::MainParts& parts, win::TreeNode& node) {
 bool TreeView1_AfterLabelEdit(win::MainParts& parts, const std::wstring& newText) {
   const std::size_t length = Trim(newText).size();
   const bool accepted = length >= 1 && length <= 254;
-  // The status bar shows a rejected name too, until the next selection. Required so.
+  // The status bar shows a rejected name too, until the next selection: it is what was typed.
   if (win::TreeNode* selected = parts.TreeView1.Selected()) {
     win::SetCurrentCategory(parts, newText, selected->Key());
   }

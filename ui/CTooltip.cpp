@@ -14,7 +14,7 @@ constexpr std::size_t kLongestTitle = 99;
 // Wide enough for any line: the tooltip breaks lines at CR LF only once it has been told a width.
 constexpr LPARAM kWidestLine = SHRT_MAX;
 // The first user-defined message number, which is no tooltip message (TTM_SETDELAYTIME is 1027): the control
-// ignores it, and tips keep their standard timing. Required so.
+// ignores it, and tips keep their standard timing.
 constexpr UINT kTimesMessage = 1024;
 
 }  // namespace

@@ -16,7 +16,7 @@ void OpenMail(const OutsideWorld& world, HWND owner, const std::wstring& link) {
 std::wstring FeedbackMail(const Program& program) { return L"mailto:" + program.feedbackAddress + kSubject; }
 
 std::wstring BugReportMail(const Program& program) {
-  // A bug report has the subject of the feedback mail. Required so.
+  // A bug report has the subject of the feedback mail: both are sorted as feedback.
   return L"mailto:" + program.bugReportAddress + kSubject + L"&body=" + kAsterisks +
          L"%0a1 .Provide an information that will reproduce the bug .%0a%0a" + L"info:%0a%0a" + kAsterisks +
          L"2 .Please supply any suggestions that may be helpful in fixing the bug .%0a%0a" + L"suggestions:";

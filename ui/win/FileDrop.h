@@ -21,7 +21,7 @@ std::vector<std::wstring> DroppedPaths(IDataObject& data);
 std::vector<std::wstring> DroppedPaths(HDROP list);
 
 // Is this path a folder with no other attribute set at all? Only such folders are left out where files are
-// dropped or pasted; a read-only or hidden folder, or a path that is gone, is taken like a file. Required so.
+// dropped or pasted; a read-only or hidden folder, or a path that is gone, is taken like a file.
 bool IsPlainFolder(const std::wstring& path);
 
 }  // namespace kestrelon::win

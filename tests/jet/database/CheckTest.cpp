@@ -91,8 +91,9 @@ TEST(Check, FindsARowThatItsIndexLacks) {
   std::uint32_t page = 0;
   for (const auto& [id, row] : ReadAll(file.fixture.Tree())) page = static_cast<std::uint32_t>(id) >> 8;
   std::uint8_t* bytes = file.Page(page);
-  const std::size_t slot = data_page::Append(bytes, 20, 0);
-  std::copy_n(bytes + data_page::Start(bytes, 0), 20, bytes + data_page::Start(bytes, slot));
+  const std::size_t size = data_page::End(bytes, 0) - data_page::Start(bytes, 0);
+  const std::size_t slot = data_page::Append(bytes, size, 0);
+  std::copy_n(bytes + data_page::Start(bytes, 0), size, bytes + data_page::Start(bytes, slot));
   EXPECT_THAT(file.Check(), Contains(IsFinding(kIndex, "an index lacks a row")));
 }
 
