@@ -2,11 +2,11 @@
 
 #include "app/base/Win32.h"
 
-#include <string_view>
 #include <system_error>
 
 #include "app/base/File.h"
 #include "app/base/Settings.h"
+#include "jet/base/Error.h"
 #include "lang/Messages.h"
 #include "lang/SelectLanguage.h"
 #include "store/Store.h"
@@ -37,9 +37,9 @@ bool Recover(const Program& program, OutsideWorld& world) {
     return store::RecoverUnsaved(program);
   } catch (const std::system_error&) {
     throw;
+  } catch (const jet::FileRefused&) {
+    throw;
   } catch (const std::exception& error) {
-    // What the engine says where the system refuses a file.
-    if (std::string_view(error.what()).starts_with("Could not ")) throw;
     const std::wstring kept = store::PutUnrecoveredAway(program);
     win::Exclaim(world, nullptr,
                  lang::Message(program, lang::kNotRecovered) + kept + L"\n\n" + win::ErrorText(error),

@@ -92,6 +92,7 @@ class MainForm : public win::Form {
   void Form_Unload();
 
   // What is in no slot.
+  static constexpr UINT_PTR kKeepTimer = 1;
   void OfferUnsaved();
   void KeepSoon();
   void KeepUnsaved();

@@ -9,9 +9,8 @@
 namespace kestrelon::imports {
 
 // The paths of the file list (CF_HDROP) on the clipboard, in its order; folders are among them, empty names
-// are passed over. A path is
-// read into 260 units, its end included: of a longer one the first 259 come back. Empty when the clipboard
-// holds no file list or another window keeps it open.
+// are passed over. A path is read into 260 units, its end included: of a longer one the first 259 come back.
+// Empty when the clipboard holds no file list or another window keeps it open.
 std::vector<std::wstring> ReadClipboardFiles(HWND owner);
 
 // Tells a window when the contents of the clipboard change. The window's own procedure sees every message

@@ -22,7 +22,7 @@ namespace {
   throw Error(code::kObjectOpen, u"Operation is not allowed when the object is open.");
 }
 [[noreturn]] void ThrowReadOnly(const std::filesystem::path& path) {
-  throw Error(code::kGeneric, u"Could not write '" + path.u16string() + u"': the file is read-only.");
+  throw FileRefused(u"Could not write '" + path.u16string() + u"': the file is read-only.");
 }
 [[noreturn]] void ThrowNoCurrentRow() {
   throw Error(
@@ -258,7 +258,7 @@ void Connection::RemoveLog() {
   const std::size_t older = session.log->Close();
   for (const std::size_t file : {older, 1 - older}) {
     const std::filesystem::path path = LogFile(session.logPath, file);
-    if (!RemoveFile(path)) throw Error(code::kGeneric, u"Could not delete '" + path.u16string() + u"'.");
+    if (!RemoveFile(path)) throw FileRefused(u"Could not delete '" + path.u16string() + u"'.");
   }
 }
 

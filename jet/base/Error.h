@@ -47,6 +47,13 @@ class CorruptFile : public Error {
   explicit CorruptFile(std::u16string description) : Error(code::kGeneric, std::move(description)) {}
 };
 
+// The system refuses a file: it is missing, held by another program or may not be written, or the disk is
+// full. What the file holds is not in question, and a later try may do better. Carries code::kGeneric.
+class FileRefused : public Error {
+ public:
+  explicit FileRefused(std::u16string description) : Error(code::kGeneric, std::move(description)) {}
+};
+
 // UTF-16 and UTF-8; a unit that is no valid text becomes U+FFFD.
 std::string ToUtf8(std::u16string_view text);
 std::u16string FromUtf8(std::string_view text);

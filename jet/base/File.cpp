@@ -20,14 +20,14 @@ constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 std::u16string NameOf(const std::filesystem::path& path) { return path.u16string(); }
 
 [[noreturn]] void ThrowMissing(const std::filesystem::path& path) {
-  throw Error(code::kGeneric, u"Could not find file '" + NameOf(path) + u"'.");
+  throw FileRefused(u"Could not find file '" + NameOf(path) + u"'.");
 }
 [[noreturn]] void ThrowInUse(const std::filesystem::path& path) {
-  throw Error(code::kGeneric, u"Could not use '" + NameOf(path) + u"'; file already in use.");
+  throw FileRefused(u"Could not use '" + NameOf(path) + u"'; file already in use.");
 }
 [[noreturn]] void ThrowFailed(const char16_t* action, const std::u16string& name, int error) {
-  throw Error(code::kGeneric, u"Could not " + std::u16string(action) + u" '" + name + u"': " +
-                                  FromUtf8(std::generic_category().message(error)) + u".");
+  throw FileRefused(u"Could not " + std::u16string(action) + u" '" + name + u"': " +
+                    FromUtf8(std::generic_category().message(error)) + u".");
 }
 
 class DiskFile final : public File {
@@ -58,7 +58,7 @@ class DiskFile final : public File {
 
   void WriteAt(std::uint64_t offset, std::span<const std::uint8_t> bytes) override {
     // The system would speak of a bad file descriptor.
-    if (readOnly_) throw Error(code::kGeneric, u"Could not write '" + name_ + u"': the file is read-only.");
+    if (readOnly_) throw FileRefused(u"Could not write '" + name_ + u"': the file is read-only.");
     written_ = true;
     while (!bytes.empty()) {
       const std::int64_t done =

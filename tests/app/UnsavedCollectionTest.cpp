@@ -6,6 +6,7 @@
 #include "app/SlotDialog.h"
 #include "store/UnsavedCollection.h"
 #include "tests/support/MainFormFixture.h"
+#include "ui/win/Handles.h"
 
 namespace kestrelon::test {
 namespace {
@@ -263,6 +264,32 @@ TEST_F(Unsaved, OpensTheLoadDialogOnTheUnsavedCollectionWhereNoSlotWasSaved) {
   Close({IDNO});
   Start();
   OpenLoad([](win::Form& dialog) { EXPECT_EQ(GetFocus(), dialog.Find(L"Command3")->window); });
+}
+
+// What holds it may have let go of it by the next start.
+TEST_F(Unsaved, ThatIsHeldByAnotherProgramStaysForTheNextStart) {
+  for (const wchar_t* held : {L"", L".log.1", L".log.2"}) {
+    StartWithWork();
+    const std::wstring path = program.dataFolder + program.workingDatabase + held;
+    Crash();
+    world.boxes.clear();
+    {
+      const win::Unique<HANDLE, ::CloseHandle> file(
+          CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+      ASSERT_NE(file.get(), INVALID_HANDLE_VALUE) << Narrow(path);
+      world.answers = {IDOK};
+      EXPECT_FALSE(app::Connect(program, world)) << Narrow(path);
+      ASSERT_EQ(world.boxes.size(), 1u) << Narrow(path);
+      EXPECT_EQ(world.boxes[0].title, L"Connect Error:") << Narrow(path);
+    }
+    world.boxes.clear();
+    world.answers = {IDYES};
+    Start();
+    EXPECT_EQ(world.boxes.size(), 1u) << Narrow(path);
+    EXPECT_EQ(ShownTree(), L"work") << Narrow(path);
+    Close({IDNO});
+    DeleteIfThere(Path());
+  }
 }
 
 // The database is of somebody else's making, and the log goes with it.

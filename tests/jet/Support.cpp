@@ -136,4 +136,37 @@ ScopedFolder::~ScopedFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
+Content ContentOf(Database& database) {
+  Content content;
+  for (const std::u16string& name : database.TableNames()) content[name] = ReadAll(database.OpenTable(name));
+  return content;
+}
+
+ByteVector FileWithRows(int items, int categories) {
+  Fixture fixture;
+  for (int i = 0; i < items; ++i) fixture.Insert(VariedRow(i));
+  for (int i = 0; i < categories; ++i) fixture.Tree().Insert(Row(4));
+  fixture.database->Flush();
+  return fixture.bytes;
+}
+
+void UpdateEvery(Table& table, int step, std::size_t column, const Value& value) {
+  int number = 0;
+  for (const auto& [id, row] : ReadAll(table)) {
+    const std::pair<std::size_t, Value> change{column, value};
+    if (number++ % step == 0) table.Update(id, {&change, 1});
+  }
+}
+
+void DeleteEvery(Table& table, int step) {
+  int number = 0;
+  for (const auto& [id, row] : ReadAll(table)) {
+    if (number++ % step == 0) table.Delete(id);
+  }
+}
+
+void InsertRows(Table& table, int first, int count) {
+  for (int i = first; i < first + count; ++i) table.Insert(VariedRow(i));
+}
+
 }  // namespace kestrelon::jet

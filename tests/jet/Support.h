@@ -60,6 +60,19 @@ struct Fixture {
   Rows model;
 };
 
+// What a file holds: the rows of all tables with their addresses.
+using Content = std::map<std::u16string, Rows>;
+Content ContentOf(Database& database);
+
+// A file with rows of every shape: short memos that share pages, memos of several pages, and a category table
+// with its index.
+ByteVector FileWithRows(int items, int categories);
+// Changes of many rows at once. Every `step`-th row from the first one on.
+void UpdateEvery(Table& table, int step, std::size_t column, const Value& value);
+void DeleteEvery(Table& table, int step);
+// VariedRow(first) and those behind it.
+void InsertRows(Table& table, int first, int count);
+
 // Lets the messages of failed expectations be read.
 inline void PrintTo(const Finding& finding, std::ostream* out) { *out << finding.text; }
 

@@ -6,6 +6,7 @@
 #include <shlobj.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,6 +39,8 @@ class TestDataObject final : public IDataObject {
   ULONG held = 0;       // references of others
   int transfers = 0;    // calls of GetData
   bool broken = false;  // offers, and does not give
+  // What goes on while it is asked for its data: that calls another program, and messages are handled.
+  std::function<void()> meanwhile{};
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
     const bool known = id == IID_IUnknown || id == IID_IDataObject;
@@ -53,6 +56,7 @@ class TestDataObject final : public IDataObject {
   }
   HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) noexcept override {
     ++transfers;
+    if (meanwhile) meanwhile();
     if (broken) return E_UNEXPECTED;
     if (const HRESULT answer = QueryGetData(format); answer != S_OK) return answer;
     medium->tymed = TYMED_HGLOBAL;

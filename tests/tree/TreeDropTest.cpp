@@ -83,41 +83,10 @@ TEST_F(TreeDrop, NothingCanBeDroppedWhileADialogIsOpen) {
 // Fetching what is dropped calls the program that it comes from, and messages are handled meanwhile.
 TEST_F(TreeDrop, ACategoryThatGoesWhileItsFilesAreFetchedGetsNone) {
   StartWithCategories();
-  class Slow final : public IDataObject {
-   public:
-    Slow(IDataObject& data, std::function<void()> meanwhile)
-        : data_(data), meanwhile_(std::move(meanwhile)) {}
-    virtual ~Slow() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
-      return data_.QueryInterface(id, object);
-    }
-    ULONG STDMETHODCALLTYPE AddRef() noexcept override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() noexcept override { return 1; }
-    HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC* f) noexcept override { return data_.QueryGetData(f); }
-    HRESULT STDMETHODCALLTYPE GetData(FORMATETC* f, STGMEDIUM* m) noexcept override {
-      meanwhile_();
-      return data_.GetData(f, m);
-    }
-    HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) noexcept override {
-      return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) noexcept override {
-      return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) noexcept override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) noexcept override { return E_NOTIMPL; }
-
-   private:
-    IDataObject& data_;
-    std::function<void()> meanwhile_;
-  };
   TestDataObject files = TestDataObject::Files({dir.WriteFile(L"f\\one.txt")});
-  Slow slow(files, [this] { Tree().Remove(*Tree().Find(L"B_")); });
+  files.meanwhile = [this] { Tree().Remove(*Tree().Find(L"B_")); };
   DWORD effect = DROPEFFECT_COPY;
-  EXPECT_EQ(form->TreeDrops().Object()->Drop(&slow, 0, Screen(On(L"B_")), &effect), S_OK);
+  EXPECT_EQ(form->TreeDrops().Object()->Drop(&files, 0, Screen(On(L"B_")), &effect), S_OK);
   EXPECT_TRUE(Items().empty()) << "no item of a category that is not there";
   EXPECT_EQ(Tree().DropHighlight(), nullptr);
 }

@@ -14,15 +14,6 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// What a file holds: the rows of all tables with their addresses.
-using Content = std::map<std::u16string, Rows>;
-
-Content ContentOf(Database& database) {
-  Content content;
-  for (const std::u16string& name : database.TableNames()) content[name] = ReadAll(database.OpenTable(name));
-  return content;
-}
-
 // Counts what the stops left, and finds fault with everything but the old content, the new one and the
 // refusal.
 struct Outcomes {
@@ -90,34 +81,6 @@ class Stops {
   std::mt19937 random_{20261121};
 };
 
-// Rows of every shape: short memos that share pages, memos of several pages, a category table with its index.
-ByteVector FileWithRows(int count) {
-  Fixture fixture;
-  for (int i = 0; i < count; ++i) fixture.Insert(VariedRow(i));
-  for (int i = 0; i < 600; ++i) fixture.Tree().Insert(Row(4));
-  fixture.database->Flush();
-  return fixture.bytes;
-}
-
-void UpdateEvery(Table& table, int step, std::size_t column, const Value& value) {
-  int number = 0;
-  for (const auto& [id, row] : ReadAll(table)) {
-    const std::pair<std::size_t, Value> change{column, value};
-    if (number++ % step == 0) table.Update(id, {&change, 1});
-  }
-}
-
-void DeleteEvery(Table& table, int step) {
-  int number = 0;
-  for (const auto& [id, row] : ReadAll(table)) {
-    if (number++ % step == 0) table.Delete(id);
-  }
-}
-
-void InsertRows(Table& table, int first, int count) {
-  for (int i = first; i < first + count; ++i) table.Insert(VariedRow(i));
-}
-
 Outcomes StopEverywhere(const ByteVector& before, const auto& change) {
   Stops stops(before);
   stops.Record(change);
@@ -129,7 +92,7 @@ Outcomes StopEverywhere(const ByteVector& before, const auto& change) {
 }
 
 TEST(StoppedFlush, OfInsertedRowsLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(40), [](Database& database) {
+  StopEverywhere(FileWithRows(40, 600), [](Database& database) {
     InsertRows(database.OpenTable(u"FTable"), 100, 60);
     InsertRows(database.OpenTable(u"FBackup"), 0, 3);
   });
@@ -146,7 +109,7 @@ TEST(StoppedFlush, OfShortMemosThatShareAPageLeavesTheOldContentTheNewOneOrARefu
 }
 
 TEST(StoppedFlush, OfLongMemosLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(60), [](Database& database) {
+  StopEverywhere(FileWithRows(60, 600), [](Database& database) {
     Table& items = database.OpenTable(u"FTable");
     UpdateEvery(items, 10, 6, Repeat(u"chain of pages ", 12000));
     UpdateEvery(items, 15, 4, Repeat(u"文件", 3000));
@@ -154,14 +117,14 @@ TEST(StoppedFlush, OfLongMemosLeavesTheOldContentTheNewOneOrARefusal) {
 }
 
 TEST(StoppedFlush, OfDeletedRowsLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(120), [](Database& database) {
+  StopEverywhere(FileWithRows(120, 600), [](Database& database) {
     DeleteEvery(database.OpenTable(u"FTable"), 3);
     DeleteEvery(database.OpenTable(u"TreeviewTable"), 2);
   });
 }
 
 TEST(StoppedFlush, OfAReplacedTableLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(60), [](Database& database) {
+  StopEverywhere(FileWithRows(60, 600), [](Database& database) {
     Table& items = database.OpenTable(u"FTable");
     items.DeleteAll();
     InsertRows(items, 200, 80);
@@ -169,7 +132,7 @@ TEST(StoppedFlush, OfAReplacedTableLeavesTheOldContentTheNewOneOrARefusal) {
 }
 
 TEST(StoppedFlush, OfCategoriesAndTheirIndexLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(5), [](Database& database) {
+  StopEverywhere(FileWithRows(5, 600), [](Database& database) {
     Table& tree = database.OpenTable(u"TreeviewTable");
     for (int i = 0; i < 700; ++i)
       tree.Insert(Row{Value(), u"0_", u"K" + FromUtf8(std::to_string(i)), u"text"});
@@ -179,7 +142,7 @@ TEST(StoppedFlush, OfCategoriesAndTheirIndexLeavesTheOldContentTheNewOneOrARefus
 }
 
 TEST(StoppedFlush, OfEverythingAtOnceLeavesTheOldContentTheNewOneOrARefusal) {
-  StopEverywhere(FileWithRows(100), [](Database& database) {
+  StopEverywhere(FileWithRows(100, 600), [](Database& database) {
     Table &items = database.OpenTable(u"FTable"), &backup = database.OpenTable(u"FBackup");
     for (const auto& [id, row] : ReadAll(items)) backup.Insert(row);
     DeleteEvery(items, 4);

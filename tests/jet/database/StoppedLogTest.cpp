@@ -17,13 +17,6 @@ using testing::IsEmpty;
 enum : std::size_t { kDatabase, kFirstLog, kSecondLog };
 using Image = SimulatedDisk::Image;
 using Note = RedoLog::Note;
-using Content = std::map<std::u16string, Rows>;
-
-Content ContentOf(Database& database) {
-  Content content;
-  for (const std::u16string& name : database.TableNames()) content[name] = ReadAll(database.OpenTable(name));
-  return content;
-}
 
 ByteVector Shared(const std::vector<std::uint8_t>& bytes) {
   return std::make_shared<std::vector<std::uint8_t>>(bytes);
@@ -144,35 +137,8 @@ Outcomes StopEverywhere(LoggedWork& work, std::size_t every = 1) {
   return outcomes;
 }
 
-ByteVector FileWithRows(int count) {
-  Fixture fixture;
-  for (int i = 0; i < count; ++i) fixture.Insert(VariedRow(i));
-  for (int i = 0; i < 100; ++i) fixture.Tree().Insert(Row(4));
-  fixture.database->Flush();
-  return fixture.bytes;
-}
-
-void UpdateEvery(Table& table, int step, std::size_t column, const Value& value) {
-  int number = 0;
-  for (const auto& [id, row] : ReadAll(table)) {
-    const std::pair<std::size_t, Value> change{column, value};
-    if (number++ % step == 0) table.Update(id, {&change, 1});
-  }
-}
-
-void DeleteEvery(Table& table, int step) {
-  int number = 0;
-  for (const auto& [id, row] : ReadAll(table)) {
-    if (number++ % step == 0) table.Delete(id);
-  }
-}
-
-void InsertRows(Table& table, int first, int count) {
-  for (int i = first; i < first + count; ++i) table.Insert(VariedRow(i));
-}
-
 TEST(StoppedLog, OfOneWriteLeavesTheOldContentOrTheNew) {
-  LoggedWork work(NewImage(FileWithRows(40)));
+  LoggedWork work(NewImage(FileWithRows(40, 100)));
   work.Record([](Database& database) {
     InsertRows(database.OpenTable(u"FTable"), 100, 20);
     DeleteEvery(database.OpenTable(u"TreeviewTable"), 2);
@@ -182,7 +148,7 @@ TEST(StoppedLog, OfOneWriteLeavesTheOldContentOrTheNew) {
 }
 
 TEST(StoppedLog, OfManyWritesThatTakePagesFreedBeforeLeavesOneOrTheNext) {
-  LoggedWork work(NewImage(FileWithRows(40)));
+  LoggedWork work(NewImage(FileWithRows(40, 100)));
   for (int i = 0; i < 6; ++i) {
     work.Record([i](Database& database) {
       Table& items = database.OpenTable(u"FTable");
@@ -195,7 +161,7 @@ TEST(StoppedLog, OfManyWritesThatTakePagesFreedBeforeLeavesOneOrTheNext) {
 }
 
 TEST(StoppedLog, OfSmallWritesAndNotesAloneLeavesOneOrTheNext) {
-  LoggedWork work(NewImage(FileWithRows(20)));
+  LoggedWork work(NewImage(FileWithRows(20, 100)));
   for (int i = 0; i < 8; ++i) {
     work.Record([i](Database& database) {
       if (i % 3 != 1) database.OpenTable(u"FTable").Insert(VariedRow(500 + i));
@@ -233,7 +199,7 @@ TEST(StoppedLog, OfGrowthPastTheMapRightAfterACheckpointLeavesNoPageBehind) {
 
 TEST(StoppedLog, OfRandomWorkThatGoesOnAfterEachStop) {
   std::mt19937 random(7);
-  Image image = NewImage(FileWithRows(10));
+  Image image = NewImage(FileWithRows(10, 100));
   std::size_t number = 0;
   for (int round = 0; round < 150 && !HasFailure(); ++round) {
     LoggedWork work(image, number);
@@ -262,7 +228,7 @@ TEST(StoppedLog, OfRandomWorkThatGoesOnAfterEachStop) {
 }
 
 TEST(StoppedLog, OfAFileThatTookThePlaceOfAnotherLeavesItAlone) {
-  LoggedWork work(NewImage(FileWithRows(40)));
+  LoggedWork work(NewImage(FileWithRows(40, 100)));
   for (int i = 0; i < 3; ++i)
     work.Record([i](Database& database) {
       UpdateEvery(database.OpenTable(u"FTable"), 2, 2, FromUtf8(std::to_string(i)));
@@ -270,7 +236,7 @@ TEST(StoppedLog, OfAFileThatTookThePlaceOfAnotherLeavesItAlone) {
   work.log->Checkpoint();
   Image image = work.disk.Current();
   for (const int rows : {3, 500}) {
-    image[kDatabase] = *FileWithRows(rows);
+    image[kDatabase] = *FileWithRows(rows, 100);
     Image recovered = image;
     EXPECT_EQ(RecoverFiles(recovered), NoteOf(3));
     EXPECT_TRUE(recovered == image);
@@ -286,7 +252,7 @@ TEST(StoppedLog, OfAFileThatTookThePlaceOfAnotherLeavesItAlone) {
 }
 
 TEST(StoppedLog, LeavesAFileAloneThatWasBeingWrittenWithoutIt) {
-  LoggedWork work(NewImage(FileWithRows(5)));
+  LoggedWork work(NewImage(FileWithRows(5, 100)));
   work.Record([](Database& database) { InsertRows(database.OpenTable(u"FTable"), 0, 5); });
   Image image = work.disk.Current();
   image[kDatabase][0xE00] = image[kDatabase][0xE01] = 0;
@@ -297,7 +263,7 @@ TEST(StoppedLog, LeavesAFileAloneThatWasBeingWrittenWithoutIt) {
 
 // Damage to the log's files after the last write, while the database is sound.
 TEST(DamagedLog, NeverDamagesASoundDatabase) {
-  LoggedWork work(NewImage(FileWithRows(40)));
+  LoggedWork work(NewImage(FileWithRows(40, 100)));
   for (int i = 0; i < 5; ++i) {
     work.Record([i](Database& database) {
       Table& items = database.OpenTable(u"FTable");
@@ -344,7 +310,7 @@ TEST(DamagedLog, NeverDamagesASoundDatabase) {
 }
 
 TEST(RedoLog, DoesNotStayLongAfterALongRecord) {
-  LoggedWork work(NewImage(FileWithRows(4000)));
+  LoggedWork work(NewImage(FileWithRows(4000, 100)));
   work.Record([](Database& database) { UpdateEvery(database.OpenTable(u"FTable"), 1, 2, u"x"); });
   Image image = work.disk.Current();
   EXPECT_GT(std::max(image[kFirstLog].size(), image[kSecondLog].size()), 1u << 20);
@@ -357,9 +323,9 @@ TEST(RedoLog, DoesNotStayLongAfterALongRecord) {
 
 TEST(RedoLog, CostsNoMoreFlushesThanTheMark) {
   const auto insert = [](Database& database) { database.OpenTable(u"FTable").Insert(VariedRow(7)); };
-  LoggedWork logged(NewImage(FileWithRows(5)));
+  LoggedWork logged(NewImage(FileWithRows(5, 100)));
   logged.Record(insert);  // begins the log
-  SimulatedDisk plain(NewImage(FileWithRows(5)));
+  SimulatedDisk plain(NewImage(FileWithRows(5, 100)));
   const auto database = Database::Open(plain.Open(kDatabase), u"memory");
   insert(*database);
   database->Flush();

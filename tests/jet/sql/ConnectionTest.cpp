@@ -162,11 +162,15 @@ class CountingFile final : public File {
   std::size_t* reads_;
 };
 
+FileOpener CountingReads(std::size_t& reads) {
+  return [&reads](const std::filesystem::path& file, OpenMode mode) {
+    return std::make_unique<CountingFile>(OpenFile(file, mode), reads);
+  };
+}
+
 TEST_F(Connections, DoNotReadAnUnchangedFileAgain) {
   std::size_t reads = 0;
-  Connection counted([&reads](const std::filesystem::path& file, OpenMode mode) {
-    return std::make_unique<CountingFile>(OpenFile(file, mode), reads);
-  });
+  Connection counted(CountingReads(reads));
   counted.SetConnectionString(ConnectionStringOf(path));
   counted.Open();
   AddItem(counted, u"1#K");
@@ -190,9 +194,7 @@ TEST_F(Connections, DoNotReadAnUnchangedFileAgainThatIsNamedOtherwise) {
   const std::filesystem::path link = folder / "link.dat";
   std::filesystem::create_hard_link(path, link);
   std::size_t reads = 0;
-  Connection counted([&reads](const std::filesystem::path& file, OpenMode mode) {
-    return std::make_unique<CountingFile>(OpenFile(file, mode), reads);
-  });
+  Connection counted(CountingReads(reads));
   counted.SetConnectionString(ConnectionStringOf(path));
   counted.Open();
   AddItem(counted, u"1#K");
