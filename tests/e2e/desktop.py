@@ -12,6 +12,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DISCARD = subprocess.DEVNULL
+EXCHANGE = ROOT / "build/windows-debug/bin/fileexchange.exe"  # another program, to exchange files and texts with
 
 
 class Failure(Exception):
@@ -127,10 +128,14 @@ class Desktop:
             ["wine", "explorer.exe", f"/desktop={self.name},{self.size[0]}x{self.size[1]}", str(program), *arguments],
             env=self.env, stdin=DISCARD, stdout=DISCARD, stderr=DISCARD))
 
+    def processes(self, program):
+        """The processes of this desktop that run a program."""
+        return [int(entry.name) for entry in pathlib.Path("/proc").iterdir() if entry.name.isdigit()
+                and self._runs(entry, program)]
+
     def kill(self, program):
         """Ends a program of this desktop as a crash does: it gets no say."""
-        pids = [int(entry.name) for entry in pathlib.Path("/proc").iterdir() if entry.name.isdigit()
-                and self._runs(entry, program)]
+        pids = self.processes(program)
         for pid in pids:
             os.kill(pid, signal.SIGKILL)
         if not pids:
@@ -190,8 +195,7 @@ class Desktop:
             self._run("xdotool", "type", "--delay", "25", "--", text)
             return
         # What is on no key goes through an input method, which loses characters when the machine is busy.
-        tool = ROOT / "build/windows-debug/bin/fileexchange.exe"
-        if self._run("wine", tool, "text", text) != 0:
+        if self._run("wine", EXCHANGE, "text", text) != 0:
             raise Failure(f"{text!r} cannot be put on the clipboard")
         self.key("ctrl+v")
 

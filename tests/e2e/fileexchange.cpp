@@ -5,6 +5,7 @@
 //                                                paths dropped on it are written into RECEIVED
 //   fileexchange clipboard LIST                  copies the files of LIST to the clipboard
 //   fileexchange text TEXT                       copies a text to the clipboard
+//   fileexchange hold FILE RELEASE               holds the file, shared with readers, until RELEASE is there
 #include "app/base/Win32.h"
 
 #include <ole2.h>
@@ -50,6 +51,15 @@ int SetClipboard(UINT format, const void* bytes, std::size_t size) {
   const bool done = ::SetClipboardData(format, memory) != nullptr;  // takes the memory over
   ::CloseClipboard();
   return done ? 0 : 1;
+}
+
+int HoldFile(const wchar_t* file, const wchar_t* release) {
+  const HANDLE handle = ::CreateFileW(file, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return 1;
+  while (!FileExists(release)) ::Sleep(20);
+  ::CloseHandle(handle);
+  return 0;
 }
 
 std::vector<std::wstring> offered;
@@ -102,6 +112,8 @@ int wmain(int count, wchar_t** arguments) {
   } else if (mode == L"clipboard") {
     const std::vector<std::uint8_t> bytes = items::FileDropBytes(ReadList(arguments[2]));
     result = SetClipboard(CF_HDROP, bytes.data(), bytes.size());
+  } else if (mode == L"hold" && count == 4) {
+    result = HoldFile(arguments[2], arguments[3]);
   } else if (mode == L"text") {
     const std::wstring text = arguments[2];
     result = SetClipboard(CF_UNICODETEXT, text.c_str(), (text.size() + 1) * sizeof(wchar_t));

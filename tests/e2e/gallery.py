@@ -5,12 +5,11 @@ usage: gallery.py [--package DIR] [--out DIR] [--dpi N …] [--language NAME …
 import argparse
 import pathlib
 
-from desktop import DISCARD, ROOT, Desktop, wait_for
+from desktop import DISCARD, EXCHANGE, ROOT, Desktop, wait_for
 from user import LIST, TREE, User
 
 import subprocess
 
-EXCHANGE = ROOT / "build/windows-debug/bin/fileexchange.exe"
 LANGUAGES = ["English", "Chinese_T", "Chinese_S"]  # in the order of the menu
 NAMES = ["notes.txt", "plan.txt", "图纸.txt"]
 LIST_MENU = "alt+l"

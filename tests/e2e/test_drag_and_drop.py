@@ -1,8 +1,7 @@
 """Files and items moved with the mouse: list to tree, another program to list and tree, list to another program."""
-from desktop import ROOT, Desktop, wait_for
+from desktop import EXCHANGE, Desktop, wait_for
 from user import LIST, TREE, User, check, rows
 
-EXCHANGE = ROOT / "build/windows-debug/bin/fileexchange.exe"
 NAMES = ["one.txt", "two.txt", "图纸.txt"]
 ROW = 17         # pixels from row to row at 96 DPI, near enough for a few rows
 FIRST_ITEM = 35  # below the list's header

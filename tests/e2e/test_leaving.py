@@ -1,5 +1,5 @@
 """Leaving the program by each answer, and by a crash: what was not saved has a second chance."""
-from desktop import Desktop, wait_for
+from desktop import EXCHANGE, Desktop, wait_for
 from user import TITLE, User, rows
 
 
@@ -115,3 +115,29 @@ def test_the_end_of_the_session_asks_nothing_and_loses_nothing(package, out):
         user.save(1)
         assert texts(desktop.data_folder / "Data0.dat") == ["Open at the end"]
         user.exit()
+
+
+def test_a_data_folder_that_another_session_holds_is_left_alone(package, out):
+    with Desktop("held") as desktop:
+        user = User(desktop, package)
+        user.start()
+        user.exit()
+        database = desktop.data_folder / "default.dat"
+        database.write_bytes(b"what the other one is working on")
+        lock = desktop.data_folder / "Kestrelon.lock"
+        windows_path = "C:\\" + str(lock.relative_to(desktop.drive)).replace("/", "\\")
+        desktop.start(EXCHANGE, "hold", windows_path, r"C:\release")
+        wait_for("the lock", lock.exists)
+
+        user.start()
+        user.wait_question()
+        desktop.screenshot(out / "held-by-another-session.png")
+        desktop.key("Return")
+        desktop.wait_gone(TITLE)
+        assert database.read_bytes() == b"what the other one is working on"
+
+        (desktop.drive / "release").touch()
+        wait_for("the release", lambda: not desktop.processes("fileexchange.exe"))
+        user.start()
+        user.add_last_sibling("Alone now")
+        user.exit(answer="n")
