@@ -36,6 +36,19 @@ TEST_F(LongOperation, GivesTheFocusBackToThePaneThatHadIt) {
   EXPECT_EQ(GetFocus(), Tree().Handle());
 }
 
+TEST_F(LongOperation, GivesTheFocusBackAlsoAfterABoxThatWasShownMeanwhile) {
+  Start();
+  for (const HWND pane : {Tree().Handle(), List().Handle()}) {
+    SetFocus(pane);
+    {
+      const win::CommandsOff off(Parts(), {L"meu_file"});
+      const OnDialog answer([](HWND box) { PostMessageW(box, WM_COMMAND, IDOK, 0); });
+      EXPECT_EQ(MessageBoxW(form->Handle(), L"Operation Finished!", L"", MB_OK), IDOK);
+    }
+    EXPECT_EQ(GetFocus(), pane);
+  }
+}
+
 TEST_F(LongOperation, PutsOffTheClosingOfTheWindowUntilItsEnd) {
   Start();
   {

@@ -16,10 +16,10 @@ CommandsOff::CommandsOff(MainParts& parts, std::initializer_list<const wchar_t*>
 CommandsOff::~CommandsOff() {
   Enable(true);
   parts_.busy = false;
-  // A window that is disabled loses the focus.
-  if (focus_ != nullptr && ::GetFocus() == nullptr && ::GetActiveWindow() == parts_.form.Handle()) {
-    ::SetFocus(focus_);
-  }
+  // A window that is disabled loses the focus; after a box the form gives it to the next control that can
+  // have it.
+  const HWND form = parts_.form.Handle();
+  if (::IsChild(form, focus_) && ::GetActiveWindow() == form) ::SetFocus(focus_);
   if (parts_.closeRequested) ::PostMessageW(parts_.form.Handle(), WM_CLOSE, 0, 0);
   parts_.closeRequested = false;
 }

@@ -9,6 +9,7 @@
 
 #include "app/base/File.h"
 #include "ui/win/Handles.h"
+#include "ui/win/Units.h"
 #include "ui/win/Window.h"
 
 namespace kestrelon::win {
@@ -17,7 +18,7 @@ namespace {
 constexpr UINT_PTR kSubclass = 0x53746F72;
 constexpr UINT_PTR kTipTimer = 0x53746F72;
 constexpr UINT kTipMilliseconds = 8000;
-constexpr int kTipWidth = 320;
+constexpr double kTipWidth = 4800;  // twips
 constexpr wchar_t kQuote = L'"', kControlV = 0x16;
 
 // What belongs to one box; goes with its window.
@@ -71,7 +72,7 @@ void ShowTip(HWND edit, Storable& storable, const std::wstring& text) {
   RECT place{};
   ::GetWindowRect(edit, &place);
   ::SendMessageW(storable.tip, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-  ::SendMessageW(storable.tip, TTM_SETMAXTIPWIDTH, 0, kTipWidth);
+  ::SendMessageW(storable.tip, TTM_SETMAXTIPWIDTH, 0, PixelsFromTwips(kTipWidth, ::GetDpiForWindow(edit)));
   ::SendMessageW(storable.tip, TTM_TRACKPOSITION, 0, MAKELPARAM(place.left, place.bottom + 2));
   ::SendMessageW(storable.tip, TTM_TRACKACTIVATE, TRUE, reinterpret_cast<LPARAM>(&tool));
   ::SetTimer(edit, kTipTimer, kTipMilliseconds, nullptr);
