@@ -29,17 +29,21 @@ void FreshCopy(const std::wstring& from, const std::wstring& to) {
     ThrowLastError(L"Making " + to + L" writable");
 }
 
+// Has the system refused a file that may well be sound? One that it cannot read is not among those.
+bool IsRefusal(const std::exception& error) {
+  if (dynamic_cast<const jet::FileRefused*>(&error) != nullptr) return true;
+  const auto* const failure = dynamic_cast<const std::system_error*>(&error);
+  return failure != nullptr && !CannotBeRead(static_cast<DWORD>(failure->code().value()));
+}
+
 // Did an unclean end leave a collection that is in no slot? What is damaged is not a reason never to start
 // again; it is kept for somebody who can do more. A file that is held or a disk that is full is one: the next
 // start may do better, so that those go on to the caller.
 bool Recover(const Program& program, OutsideWorld& world) {
   try {
     return store::RecoverUnsaved(program);
-  } catch (const std::system_error&) {
-    throw;
-  } catch (const jet::FileRefused&) {
-    throw;
   } catch (const std::exception& error) {
+    if (IsRefusal(error)) throw;
     const std::wstring kept = store::PutUnrecoveredAway(program);
     win::Exclaim(world, nullptr,
                  lang::Message(program, lang::kNotRecovered) + kept + L"\n\n" + win::ErrorText(error),

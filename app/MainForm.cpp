@@ -148,7 +148,7 @@ void MainForm::WireEvents() {
     tree::TreeView1_MouseUp(parts, button, shift, point);
   };
   TreeView1_.events.gotFocus = [this] { PaneActivated(false); };
-  TreeView1_.events.changed = [this] { KeepSoon(); };
+  TreeView1_.events.changed = unsaved_.keepSoon = [this] { KeepSoon(); };
 
   ListView1_.events.columnClick = [this](std::size_t column) {
     items::ListView1_ColumnClick(parts_, listHelpers_, column);
@@ -259,6 +259,7 @@ void MainForm::Form_Load() {
     store::LoadTree(parts_);
     return true;
   });
+  unsaved_.Begin();
 }
 
 void MainForm::ApplyColumnWidths() {
@@ -296,6 +297,7 @@ void MainForm::ShowSortArrow() {
 
 void MainForm::ApplyLanguage() {
   lang::ReadLanguage(*this, program_, program_.languageName, world_);
+  ShowSortArrow();  // a column's new caption may take it away
   for (const MainFormTables::Language& language : MainFormTables::kLanguages) {
     menus_.Check(language.entry, program_.languageName == language.name);
   }
@@ -521,8 +523,11 @@ void MainForm::ShowNow(int show) {
 void MainForm::FinishLoading() {
   treeTip_.SetStyle(ui::TipStyle::kBalloon);
   treeTip_.Create(TreeView1_.Handle());
-  treeDrops_.Register(TreeView1_.Handle());
-  listDrops_.Register(ListView1_.Handle());
+  // Where nothing can be dropped there are other ways to do the same.
+  win::Quietly([&] {
+    treeDrops_.Register(TreeView1_.Handle());
+    listDrops_.Register(ListView1_.Handle());
+  });
   OfferUnsaved();
 }
 

@@ -96,6 +96,7 @@ class MainForm : public win::Form {
   void OfferUnsaved();
   void KeepSoon();
   void KeepUnsaved();
+  void KeepComment();
   LRESULT OnQueryEndSession();
   void OnEndSession(bool ends);
 

@@ -21,7 +21,7 @@ void MainForm::OnClose() {
   if (sessionEnding_) {
     // Nobody is there to be asked. Before the system has made up its mind the window stays.
     if (!sessionEnded_) return;
-    if (parts_.keepComment) parts_.keepComment();
+    KeepComment();
     KeepUnsaved();
     CloseAllWindows(false);
     return;
@@ -92,10 +92,17 @@ void MainForm::KeepUnsaved() {
     keepPending_ = ::SetTimer(Handle(), kKeepTimer, kMuchLater, nullptr) != 0;
 }
 
+void MainForm::KeepComment() {
+  win::Quietly([&] {
+    if (parts_.keepComment) parts_.keepComment();
+  });
+}
+
 LRESULT MainForm::OnQueryEndSession() {
   sessionEnding_ = true;
-  TreeView1_.EndLabelEdit();
-  if (parts_.keepComment) parts_.keepComment();
+  // What goes wrong now is no reason to keep the system from ending, and nobody is there to be told.
+  win::Quietly([&] { TreeView1_.EndLabelEdit(); });
+  KeepComment();
   if (parts_.busy) parts_.closeRequested = true;  // what is going on ends at its next step
   KeepUnsaved();
   return TRUE;

@@ -11,28 +11,19 @@ namespace {
 constexpr DWORD kLookAgain = 50;    // between two looks for the other's window
 constexpr UINT kAnswerTime = 2000;  // that a window may take to answer
 
-// What a folder is, however its path is spelled: its volume and its number there. A folder that cannot be
-// asked is known by its path.
-std::wstring IdentityOf(const std::wstring& folder) {
-  const HANDLE handle = ::CreateFileW(folder.c_str(), FILE_READ_ATTRIBUTES,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  BY_HANDLE_FILE_INFORMATION information{};
-  const bool known = handle != INVALID_HANDLE_VALUE && ::GetFileInformationByHandle(handle, &information);
-  if (handle != INVALID_HANDLE_VALUE) ::CloseHandle(handle);
-  if (known) {
-    return std::to_wstring(information.dwVolumeSerialNumber) + L'-' +
-           std::to_wstring(information.nFileIndexHigh) + L'-' + std::to_wstring(information.nFileIndexLow);
-  }
-  std::wstring path = folder;
-  ::CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
-  return path;
+// A folder that cannot be asked is known by its path.
+std::wstring NameOf(const std::wstring& folder) {
+  std::wstring name = IdentityOf(folder);
+  if (!name.empty()) return name;
+  name = folder;
+  ::CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
+  return name;
 }
 
 // FNV-1a: the same folder gives the same mark in every process.
 std::uint32_t MarkOf(const std::wstring& folder) {
   std::uint32_t mark = 2166136261u;
-  for (const wchar_t unit : IdentityOf(folder)) mark = (mark ^ unit) * 16777619u;
+  for (const wchar_t unit : NameOf(folder)) mark = (mark ^ unit) * 16777619u;
   return mark;
 }
 
@@ -91,9 +82,19 @@ bool DataFolderLock::Take(const std::wstring& dataFolder) {
                            FILE_ATTRIBUTE_NORMAL, nullptr);
     return handle != INVALID_HANDLE_VALUE;
   });
-  if (!taken) return ::GetLastError() != ERROR_SHARING_VIOLATION;
-  file_.reset(handle);
-  return true;
+  if (taken) {
+    file_.reset(handle);
+    return true;
+  }
+  if (::GetLastError() == ERROR_ACCESS_DENIED) {
+    // One that may not be written can be held all the same. No scanner is let in then; this is rare enough.
+    handle = ::CreateFileW(path_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+      file_.reset(handle);
+      return true;
+    }
+  }
+  return ::GetLastError() != ERROR_SHARING_VIOLATION;
 }
 
 DataFolderLock::~DataFolderLock() {

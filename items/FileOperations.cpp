@@ -124,9 +124,9 @@ struct Move {
 bool MoveItem(Move& move, const Item& item, const std::wstring& file) {
   win::MainParts& parts = move.parts;
   const std::wstring target = move.folder + FileNameOfPath(file);
-  // A file that is not there counts as moved on some systems; one that is in the folder already would be
-  // moved onto itself.
-  if (move.tooLong.Refuse(file, target) || !IsThere(file) || EqualNoCase(file, target)) return true;
+  // A file that is not there counts as moved on some systems; one that is in the folder already, whatever its
+  // path is spelled like, would be moved onto itself.
+  if (move.tooLong.Refuse(file, target) || !IsThere(file) || IsSameFile(file, target)) return true;
   if (IsThere(target)) {
     const int answer = AskToReplace(parts, target);
     if (answer != IDYES) return answer == IDNO;

@@ -255,6 +255,7 @@ void Connection::RemoveLog() {
   if (!session.log) return;
   FinishWriting();
   // The older record first: by itself it would bring an old note back.
+  session.log->Open();
   const std::size_t older = session.log->Close();
   for (const std::size_t file : {older, 1 - older}) {
     const std::filesystem::path path = LogFile(session.logPath, file);

@@ -81,10 +81,10 @@ std::vector<CategoryRow> CategoriesIn(const std::wstring& path) {
   return rows;
 }
 
-std::wstring InTemporaryFolder(const wchar_t* name) {
-  const std::wstring folder = TemporaryFolder();
+std::wstring FolderForScratch() {
+  std::wstring folder = TemporaryFolder();
   if (folder.empty()) throw std::runtime_error("The system has no temporary folder.");
-  return folder + name;
+  return folder;
 }
 
 void EmptyTables(win::MainParts& parts) {
@@ -103,6 +103,25 @@ void WriteTree(win::MainParts& parts) {
   SaveTree(parts);
 }
 
+// Programs with data folders of their own share the temporary folder of the user, and the scratch file there
+// has one name for all: one of them at a time.
+class Turn {
+ public:
+  explicit Turn(const std::wstring& folder)
+      : mutex_(::CreateMutexW(nullptr, FALSE, (L"Global\\KestrelonPacking-" + IdentityOf(folder)).c_str())) {
+    constexpr DWORD kPatience = 10'000;  // milliseconds
+    if (!mutex_) ThrowLastError(L"Cannot use " + folder);
+    if (::WaitForSingleObject(mutex_.get(), kPatience) == WAIT_TIMEOUT)
+      throw std::runtime_error("Another Kestrelon is packing its database.");
+  }
+  ~Turn() { ::ReleaseMutex(mutex_.get()); }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+ private:
+  win::Unique<HANDLE, ::CloseHandle> mutex_;
+};
+
 // The unsaved collection that was set aside before, out of the way of the one that is about to take its
 // place, until that is certain.
 class EarlierUnsaved {
@@ -113,7 +132,8 @@ class EarlierUnsaved {
     if (replaced_) {
       win::Quietly([&] { DeleteIfThere(Copy()); });
     } else {
-      ::MoveFileExW(Copy().c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING);
+      Persistently(
+          [&] { return ::MoveFileExW(Copy().c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE; });
     }
   }
   EarlierUnsaved(const EarlierUnsaved&) = delete;
@@ -155,8 +175,9 @@ bool LoadData(win::MainParts& parts, const std::wstring& fileName) {
       bool replaced = false;
       EarlierUnsaved earlier(parts.program);
       const win::Finally keepOn([&] {
-        if (!replaced && hadChanges && !parts.unsaved->Any())
-          win::Quietly([&] { parts.unsaved->Unsettle(); });
+        if (replaced || !hadChanges || parts.unsaved->Any()) return;
+        // Until what is shown is on disk again by itself, the copy that was set aside is all there is of it.
+        if (!win::Quietly([&] { parts.unsaved->Unsettle(); })) earlier.Replaced();
       });
       ReplaceByCopy(slot, WorkingDatabase(parts.program), [&](const std::wstring& copy) {
         CheckIsOurs(copy);
@@ -261,8 +282,9 @@ bool CompactJetDatabase(OutsideWorld& world, HWND owner, const std::wstring& loc
   return win::InRoutine(world, owner, L"CompactJetDatabase Error", false, [&] {
     jet::JetEngine engine;
     if (!FileExists(location)) return true;
-    if (backupOriginal) ReplaceByCopy(location, InTemporaryFolder(L"backup.dat"));
-    const std::wstring scratch = InTemporaryFolder(L"temp.dat");
+    const std::wstring folder = FolderForScratch(), scratch = folder + L"temp.dat";
+    const Turn turn(folder);
+    if (backupOriginal) ReplaceByCopy(location, folder + L"backup.dat");
     DeleteIfThere(scratch);
     const win::Finally removeScratch([&] { ::DeleteFileW(scratch.c_str()); });
     engine.CompactDatabase(ToEngine(ShortConnectionStringOf(location)),

@@ -117,12 +117,10 @@ void WriteTreeFile(const std::wstring& path, const win::TreeView& tree) {
   });
   Put(bytes, Checksum(bytes.data(), bytes.size()));
 
-  HANDLE handle = INVALID_HANDLE_VALUE;
-  const bool opened = Persistently([&] {
-    handle = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
-    return handle != INVALID_HANDLE_VALUE;
-  });
-  if (!opened) ThrowLastError(L"Cannot write " + path);
+  // At once or not at all: nobody holds a file that is not there yet, and this is done while the user works.
+  const HANDLE handle =
+      ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) ThrowLastError(L"Cannot write " + path);
   const UniqueFile file(handle);
   DWORD written = 0;
   if (!::WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) ||

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <filesystem>
 #include <set>
 #include <stdexcept>
 #include <system_error>
@@ -32,9 +33,11 @@ std::uint64_t Now() {
 
 // What the engine's log keeps with each write.
 struct Note {
-  std::uint64_t tree = 0;     // version of the tree's file; 0: the tree is in the database
-  std::uint64_t changed = 0;  // when, in 100 ns since 1601, UTC
-  std::uint64_t unsaved = 0;  // 1 while the collection is in no slot
+  std::uint64_t tree = 0;                       // version of the tree's file; 0: the tree is in the database
+  std::uint64_t changed = 0;                    // when, in 100 ns since 1601, UTC
+  std::uint64_t state = 0;                      // of these:
+  static constexpr std::uint64_t kUnsaved = 1;  // the collection is in no slot
+  static constexpr std::uint64_t kTreeBehind = 2;  // items have changed since, but this tree could not
 };
 
 std::vector<std::uint8_t> BytesOf(const Note& note) {
@@ -50,14 +53,22 @@ std::optional<Note> NoteOf(const std::vector<std::uint8_t>& bytes) {
   return note;
 }
 
-void DeleteTreeFiles(const Program& program) {
+// The names of the data folder's files that fit a pattern.
+std::vector<std::wstring> FilesLike(const Program& program, const std::wstring& pattern) {
+  std::vector<std::wstring> names;
   WIN32_FIND_DATAW found;
-  const HANDLE search = ::FindFirstFileW((WorkingDatabase(program) + L".tree*").c_str(), &found);
-  if (search == INVALID_HANDLE_VALUE) return;
+  const HANDLE search = ::FindFirstFileW((program.dataFolder + pattern).c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return names;
   const win::Finally close([&] { ::FindClose(search); });
   do {
-    win::Quietly([&] { DeleteIfThere(program.dataFolder + found.cFileName); });
+    names.emplace_back(found.cFileName);
   } while (::FindNextFileW(search, &found));
+  return names;
+}
+
+void DeleteTreeFiles(const Program& program) {
+  for (const std::wstring& name : FilesLike(program, program.workingDatabase + L".tree*"))
+    win::Quietly([&] { DeleteIfThere(program.dataFolder + name); });
 }
 
 jet::Connection OpenedAt(const std::wstring& path) {
@@ -130,11 +141,9 @@ void MakeUnsaved(const Program& program, const std::vector<CategoryRow>& rows, s
   });
 }
 
-// For a database whose tree is lost: the categories that were saved last, and one for the items of each
-// category that is not among them, so that all can be reached.
-std::vector<CategoryRow> CategoriesWithItems(jet::Connection& connection) {
-  std::vector<CategoryRow> rows;
-  win::Quietly([&] { rows = ReadCategoryRows(connection); });
+// For a tree that is lost, or older than the items: a category for the items of each that it lacks, so that
+// all can be reached.
+void AddMissingCategories(jet::Connection& connection, std::vector<CategoryRow>& rows) {
   std::set<std::wstring> known, missing;
   for (const CategoryRow& row : rows) known.insert(row.key);
   jet::Recordset items;
@@ -144,7 +153,6 @@ std::vector<CategoryRow> CategoriesWithItems(jet::Connection& connection) {
     if (!known.contains(key)) missing.insert(std::move(key));
   }
   for (const std::wstring& key : missing) rows.push_back({kNoParent, key, key});
-  return rows;
 }
 
 // False when the file is gone or damaged; one that is held by somebody is neither.
@@ -160,14 +168,23 @@ bool ReadTree(const std::wstring& path, std::vector<CategoryRow>& rows) {
   return false;
 }
 
-std::vector<CategoryRow> RecoveredTree(const Program& program, std::uint64_t version) {
+std::vector<CategoryRow> RecoveredTree(const Program& program, const Note& note) {
   std::vector<CategoryRow> rows;
-  if (version != 0 && ReadTree(TreeFileOf(program, version), rows)) return rows;
+  const bool read = note.tree != 0 && ReadTree(TreeFileOf(program, note.tree), rows);
+  const bool behind = (note.state & Note::kTreeBehind) != 0;
+  if (read && !behind) return rows;
   jet::Connection connection = OpenedAt(WorkingDatabase(program));
-  rows = version == 0 ? ReadCategoryRows(connection) : CategoriesWithItems(connection);
+  if (note.tree == 0) {
+    rows = ReadCategoryRows(connection);
+  } else if (!read) {
+    win::Quietly([&] { rows = ReadCategoryRows(connection); });  // those that were saved last
+  }
+  if (note.tree != 0 || behind) AddMissingCategories(connection, rows);
   connection.Close();
   return rows;
 }
+
+[[noreturn]] void ThrowGone() { throw std::runtime_error("The database is gone, though its log is there."); }
 
 // No record in either file of the log is whole, and yet both have been written: the end of the very first
 // write leaves one of them empty.
@@ -188,7 +205,7 @@ UnsavedCollection::UnsavedCollection(win::MainParts& parts) : parts_(parts) {
   parts_.connection.beforeWriting = [this] { BeforeWriting(); };
   parts_.connection.afterWriting = [this] { AfterWriting(); };
   parts_.unsaved = this;
-  MarkSettled();
+  Begin();
 }
 
 UnsavedCollection::~UnsavedCollection() {
@@ -204,17 +221,20 @@ bool UnsavedCollection::Any() const {
 bool UnsavedCollection::TreeChanged() const { return parts_.TreeView1.Revision() != keptRevision_ && Any(); }
 
 void UnsavedCollection::SetNote() {
-  parts_.connection.Ado().SetNote(BytesOf({notedTree_, Now(), Any() ? 1u : 0u}));
+  parts_.connection.Ado().SetNote(
+      BytesOf({notedTree_, Now(), (Any() ? Note::kUnsaved : 0) | (treeBehind_ ? Note::kTreeBehind : 0)}));
 }
 
 void UnsavedCollection::BeforeWriting() {
   ++writes_;
   const win::Finally note([this] { SetNote(); });
-  if (parts_.TreeView1.Revision() == writtenRevision_) return;
+  treeBehind_ = parts_.TreeView1.Revision() != writtenRevision_;
+  if (!treeBehind_) return;
   // A name that no version before this one has had: after a failure the log may name any of them.
   WriteTreeFile(TreeFileOf(parts_.program, lastTree_ + 1), parts_.TreeView1);
   notedTree_ = ++lastTree_;
   writtenRevision_ = parts_.TreeView1.Revision();
+  treeBehind_ = false;
 }
 
 void UnsavedCollection::AfterWriting() {
@@ -233,15 +253,16 @@ void UnsavedCollection::SetAside() {
   if (!IsInSlot(parts_.program, rows)) MakeUnsaved(parts_.program, rows, Now());
 }
 
-void UnsavedCollection::MarkSettled() {
+void UnsavedCollection::Begin() {
   settled_ = true;
+  treeBehind_ = false;
   settledWrites_ = writes_;
   settledRevision_ = keptRevision_ = writtenRevision_ = parts_.TreeView1.Revision();
   notedTree_ = 0;
 }
 
 void UnsavedCollection::Settle() {
-  MarkSettled();
+  Begin();
   SetNote();
   parts_.connection.Ado().Checkpoint();
   DeleteTreeFiles(parts_.program);
@@ -249,8 +270,9 @@ void UnsavedCollection::Settle() {
 }
 
 void UnsavedCollection::Unsettle() {
+  if (keepSoon) keepSoon();
   settled_ = false;
-  writtenRevision_ = parts_.TreeView1.Revision() - 1;
+  writtenRevision_ = keptRevision_ = parts_.TreeView1.Revision() - 1;
   parts_.connection.Write();
 }
 
@@ -266,50 +288,60 @@ bool RecoverUnsaved(const Program& program) {
   const std::wstring database = WorkingDatabase(program), unsaved = program.dataFolder + kUnsavedFile;
   // Left where the end came while another collection was loaded.
   win::Quietly([&] { DeleteIfThere(unsaved + L".old"); });
+  for (const std::wstring& ours : {database, unsaved}) ClearReadOnly(ours);
+  const auto open = [&](const std::filesystem::path& path, jet::OpenMode mode) {
+    if (path == database && !FileExists(database)) ThrowGone();
+    return jet::OpenFile(path, mode);
+  };
+  const auto bytes = jet::RecoverFromLog(database, LogOf(program), open);
+  if (!bytes && LogIsDamaged(program)) throw std::runtime_error("The log of the database is damaged.");
+  const std::optional<Note> note = bytes ? NoteOf(*bytes) : std::nullopt;
   bool found = false;
-  if (FileExists(database)) {
-    const auto bytes = jet::RecoverFromLog(database, LogOf(program));
-    if (!bytes && LogIsDamaged(program)) throw std::runtime_error("The log of the database is damaged.");
-    const std::optional<Note> note = bytes ? NoteOf(*bytes) : std::nullopt;
-    if (note && note->unsaved != 0) {
-      const std::vector<CategoryRow> rows = RecoveredTree(program, note->tree);
-      found = !rows.empty() && !IsInSlot(program, rows);
-      if (found) MakeUnsaved(program, rows, note->changed);
-    }
+  if (note && (note->state & Note::kUnsaved) != 0) {
+    if (!FileExists(database)) ThrowGone();
+    const std::vector<CategoryRow> rows = RecoveredTree(program, *note);
+    found = !rows.empty() && !IsInSlot(program, rows);
+    if (found) MakeUnsaved(program, rows, note->changed);
   }
-  // What is recovered is safe by now. A log that stays is one of a database that is about to go, and has to
-  // say that there is nothing to redo.
-  jet::Connection connection;
-  connection.SetLog(LogOf(program));
-  if (!win::Quietly([&] { connection.RemoveLog(); })) {
+  if (FileExists(LogOf(program) + L".1") || FileExists(LogOf(program) + L".2")) {
+    // What is recovered is safe by now. The log says so before it goes: half of it could speak of an earlier
+    // state, whose tree is no longer there.
+    jet::Connection connection;
+    connection.SetLog(LogOf(program));
     connection.SetNote(BytesOf({}));
     connection.Checkpoint();
+    win::Quietly([&] { connection.RemoveLog(); });
   }
   DeleteTreeFiles(program);
   return found;
 }
 
 std::wstring PutUnrecoveredAway(const Program& program) {
-  const std::wstring database = WorkingDatabase(program);
-  std::wstring target;
-  for (int number = 1; number < 1000; ++number) {
-    target = program.dataFolder + L"Unrecovered" + std::to_wstring(number) + L".dat";
-    if (::MoveFileExW(database.c_str(), target.c_str(), 0)) break;
-    if (::GetLastError() != ERROR_ALREADY_EXISTS && ::GetLastError() != ERROR_FILE_EXISTS)
-      ThrowLastError(L"Cannot rename " + database);
+  const std::wstring& database = program.workingDatabase;
+  std::vector<std::wstring> endings;  // of the database, if it is there, and of what belongs to it
+  for (const std::wstring& name : FilesLike(program, database + L"*")) {
+    if (EqualNoCase(name, database) || (name.size() > database.size() && name[database.size()] == L'.'))
+      endings.push_back(name.substr(database.size()));
   }
-  WIN32_FIND_DATAW found;
-  const HANDLE search = ::FindFirstFileW((database + L".*").c_str(), &found);
-  if (search == INVALID_HANDLE_VALUE) return target;
-  const win::Finally close([&] { ::FindClose(search); });
-  do {
-    const std::wstring name = found.cFileName, to = target + name.substr(program.workingDatabase.size());
-    const auto rename = [&] {
-      return ::MoveFileExW((program.dataFolder + name).c_str(), to.c_str(), 0) != FALSE;
-    };
-    if (!Persistently(rename)) ThrowLastError(L"Cannot rename " + name);
-  } while (::FindNextFileW(search, &found));
-  return target;
+  // The database first and its log last: where one is there without the other, this was broken off.
+  std::sort(endings.begin(), endings.end(),
+            [](const std::wstring& a, const std::wstring& b) { return !b.empty() && (a.empty() || a > b); });
+  const auto target = [&](int number) {
+    return program.dataFolder + L"Unrecovered" + std::to_wstring(number) + L".dat";
+  };
+  int number = 1;
+  // Without the database the rest belongs to the one that went first, when this was broken off.
+  if (endings.empty() || !endings.front().empty()) {
+    while (FileExists(target(number + 1))) ++number;
+  }
+  const auto taken = [&](const std::wstring& ending) { return FileExists(target(number) + ending); };
+  while (std::any_of(endings.begin(), endings.end(), taken)) ++number;
+  for (const std::wstring& ending : endings) {
+    const std::wstring from = program.dataFolder + database + ending, to = target(number) + ending;
+    if (!Persistently([&] { return ::MoveFileExW(from.c_str(), to.c_str(), 0) != FALSE; }))
+      ThrowLastError(L"Cannot rename " + from);
+  }
+  return target(number);
 }
 
 std::optional<SYSTEMTIME> UnsavedTime(const Program& program) {

@@ -3,6 +3,7 @@
 #include "app/base/Win32.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,12 +29,14 @@ inline constexpr wchar_t kUnsavedFile[] = L"Unsaved.dat";
 // "Unsaved.dat" of it. After a crash RecoverUnsaved() does that at the next start.
 class UnsavedCollection {
  public:
-  // Watches the shared connection and the tree. The collection counts as saved: it is the empty one.
+  // Watches the shared connection and the tree.
   explicit UnsavedCollection(win::MainParts& parts);
   ~UnsavedCollection();
   UnsavedCollection(const UnsavedCollection&) = delete;
   UnsavedCollection& operator=(const UnsavedCollection&) = delete;
 
+  // What is there now, which is the empty collection, counts as saved.
+  void Begin();
   // Has the collection changed since it last was what a slot holds?
   bool Any() const;
   // Is there something that Keep() would write?
@@ -49,15 +52,17 @@ class UnsavedCollection {
   // to be called just before the working database is replaced by a file with other content.
   void Settle();
   // The collection that is shown is in no slot, though nothing of it has changed: it was loaded from
-  // "Unsaved.dat", or replacing it has failed.
+  // "Unsaved.dat", or replacing it has failed. Throws where this cannot be brought to disk; it counts as
+  // changed all the same, and Keep() tries again.
   void Unsettle();
   // The program ends: a next start finds nothing to recover.
   void Finish();
+  // Is called when Keep() is wanted before long though the tree has not changed.
+  std::function<void()> keepSoon;
 
  private:
   void BeforeWriting();
   void AfterWriting();
-  void MarkSettled();
   void SetNote();
 
   win::MainParts& parts_;
@@ -69,6 +74,7 @@ class UnsavedCollection {
   // Versions of the tree's file: the last one written, the one that the next note names (0: the tree is in
   // the working database), and the first one that may still be there.
   std::uint64_t lastTree_ = 0, notedTree_ = 0, firstTree_ = 1;
+  bool treeBehind_ = false;  // the tree that the next note names is older than the items
 };
 
 // At start-up, before the working database is made anew. After an unclean end the collection that it left is
@@ -76,7 +82,8 @@ class UnsavedCollection {
 // Throws when it cannot be recovered; its files are still there then.
 bool RecoverUnsaved(const Program& program);
 // After such a failure: gives the files that could not be recovered names that nothing else uses, so that the
-// program can start. Returns the path of the database among them.
+// program can start. Returns the path of the database among them. Throws where one of them is held; it is
+// to be called again then, and goes on where it stopped.
 std::wstring PutUnrecoveredAway(const Program& program);
 
 // The time of the last change of the collection in "Unsaved.dat", local; nullopt when there is no such file.

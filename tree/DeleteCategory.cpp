@@ -10,18 +10,23 @@
 namespace kestrelon::tree {
 namespace {
 
-// `begun` says, also after a failure, whether anything was deleted.
-void DeleteItemsOf(win::MainParts& parts, win::TreeNode& node, bool& begun) {
+// How far a deletion came, also after a failure.
+enum class Stage { kNothing, kItems, kCategory };
+
+void Delete(win::MainParts& parts, win::TreeNode& node, Stage& stage) {
   store::Opened connection(parts.connection);
   const win::CommandsOff off(parts, {L"meu_file", L"meu_Category", L"meu_List"});
   ::UpdateWindow(parts.TreeView1.Handle());  // what a dialog covered would stay blank
   const win::RedrawOff still(parts.TreeView1.Handle());
   win::ProgressText progress(parts.StatusBar1);
   Deletion deletion{*connection, [&](const std::wstring& step) {
-                      begun = true;
+                      stage = Stage::kItems;
                       progress.ShowInPassing(step);
                     }};
   DeleteNode(deletion, &node, node.Checked(), false, true);
+  // Before the items' end is written, so that no crash leaves the category without them.
+  parts.TreeView1.Remove(node);
+  stage = Stage::kCategory;
   connection.Close();
 }
 
@@ -40,15 +45,15 @@ void DeleteSelected(win::MainParts& parts) {
   // Messages were handled since the question was asked: it was asked about this one.
   win::TreeNode* const node = win::CurrentNode(parts);
   if (!node || node->Key() != key) return;
-  bool begun = false;
+  Stage stage = Stage::kNothing;
   try {
-    DeleteItemsOf(parts, *node, begun);
+    Delete(parts, *node, stage);
   } catch (...) {
-    // The category is still there, with the items that are left.
-    if (begun) TreeView1_NodeClick(parts, *node);
+    // The category may still be there, with the items that are left.
+    if (stage == Stage::kItems) TreeView1_NodeClick(parts, *node);
+    if (stage == Stage::kCategory) ShowNoCategory(parts);
     throw;
   }
-  parts.TreeView1.Remove(*node);
   ShowNoCategory(parts);
 }
 

@@ -73,10 +73,9 @@ class TemporaryCopy {
 
   const std::wstring& Path() const { return path_; }
   void Make(const std::wstring& from) {
-    // A crash may have left one that is read-only.
-    const DWORD left = ::GetFileAttributesW(path_.c_str());
-    if (left != INVALID_FILE_ATTRIBUTES && (left & FILE_ATTRIBUTE_READONLY) != 0)
-      ::SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
+    ClearReadOnly(path_);  // a crash may have left one that is
+    // Copying by itself does not mind that somebody is writing what it copies.
+    const FileHandle unchanged(OpenUnchanged(from));
     if (!Persistently([&] { return ::CopyFileW(from.c_str(), path_.c_str(), FALSE) != FALSE; }))
       ThrowLastError(L"Cannot copy " + from + L" to " + path_);
     // A template that was installed read-only must not make read-only copies.
@@ -94,6 +93,16 @@ class TemporaryCopy {
   }
 
  private:
+  // Until the handle goes, nobody writes the file. Throws where somebody does.
+  static HANDLE OpenUnchanged(const std::wstring& path) {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    const bool opened = Persistently([&] {
+      handle = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+      return handle != INVALID_HANDLE_VALUE;
+    });
+    if (!opened) ThrowLastError(L"Cannot copy " + path);
+    return handle;
+  }
   // A fresh file is what virus scanners and indexers open at once: it is shared with them.
   void Flush() {
     HANDLE handle = INVALID_HANDLE_VALUE;
@@ -184,6 +193,22 @@ bool FolderExists(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+std::wstring IdentityOf(const std::wstring& path) {
+  const FileHandle handle(::CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (!handle || !::GetFileInformationByHandle(handle.get(), &information)) return {};
+  return std::to_wstring(information.dwVolumeSerialNumber) + L'-' +
+         std::to_wstring(information.nFileIndexHigh) + L'-' + std::to_wstring(information.nFileIndexLow);
+}
+
+bool IsSameFile(const std::wstring& a, const std::wstring& b) {
+  if (EqualNoCase(a, b)) return true;
+  const std::wstring identity = IdentityOf(a);
+  return !identity.empty() && identity == IdentityOf(b);
+}
+
 std::wstring TemporaryFolder() {
   wchar_t buffer[MAX_PATH + 1] = L"";  // the longest that the system returns
   const DWORD length = ::GetTempPathW(static_cast<DWORD>(std::size(buffer)), buffer);
@@ -238,6 +263,24 @@ void DeleteIfThere(const std::wstring& path) {
   const DWORD error = ::GetLastError();
   if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
     ThrowLastError(L"Cannot delete " + path, error);
+  }
+}
+
+void ClearReadOnly(const std::wstring& path) {
+  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
+    ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+bool CannotBeRead(DWORD error) {
+  switch (error) {
+    case ERROR_CRC:
+    case ERROR_SECTOR_NOT_FOUND:
+    case ERROR_READ_FAULT:
+    case ERROR_IO_DEVICE:
+    case ERROR_FILE_CORRUPT:
+    case ERROR_DISK_CORRUPT: return true;
+    default: return false;
   }
 }
 

@@ -42,6 +42,12 @@ bool FileExists(const std::wstring& path);
 bool FileExists(const std::wstring& path, const std::function<DWORD(const std::wstring&)>& errorOf);
 bool FolderExists(const std::wstring& path);
 
+// What names a file or a folder whatever its path is spelled like: the volume and its number there. Empty
+// when it is not there or cannot be asked.
+std::wstring IdentityOf(const std::wstring& path);
+// Do both paths lead to one file?
+bool IsSameFile(const std::wstring& a, const std::wstring& b);
+
 // The system's temporary folder, ending in a backslash; empty when the system gives none.
 std::wstring TemporaryFolder();
 
@@ -56,15 +62,20 @@ bool Persistently(const std::function<bool()>& attempt);
 bool Persistently(const std::function<bool()>& attempt, const std::function<void(DWORD)>& wait);
 
 // Copies `from` to `to` so that `to` is at any moment its old content or the new one: a copy under a
-// temporary name in the target's folder is flushed to the disk and renamed over `to`. Throws
-// std::system_error; `to` is untouched then.
+// temporary name in the target's folder is flushed to the disk and renamed over `to`. Nobody writes `from`
+// meanwhile. Throws std::system_error; `to` is untouched then.
 void ReplaceByCopy(const std::wstring& from, const std::wstring& to);
 // The same with a look at the finished copy, by its path, before it takes the place of `to`: what `check`
 // throws leaves `to` as it is.
 void ReplaceByCopy(const std::wstring& from, const std::wstring& to,
                    const std::function<void(const std::wstring& copy)>& check);
+// Takes the read-only attribute off a file that is there.
+void ClearReadOnly(const std::wstring& path);
 // Deletes the file if it is there. Throws std::system_error when it stays.
 void DeleteIfThere(const std::wstring& path);
+
+// Does the system's error number say that the disk does not give back what it was given?
+bool CannotBeRead(DWORD error);
 
 // Throws std::system_error with GetLastError() (read by the caller at once) and a sentence naming `what`.
 [[noreturn]] void ThrowLastError(const std::wstring& what, DWORD error = ::GetLastError());

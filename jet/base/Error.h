@@ -48,7 +48,8 @@ class CorruptFile : public Error {
 };
 
 // The system refuses a file: it is missing, held by another program or may not be written, or the disk is
-// full. What the file holds is not in question, and a later try may do better. Carries code::kGeneric.
+// full. What the file holds is not in question, and a later try may do better; neither holds where the system
+// cannot read it, which is a plain Error. Carries code::kGeneric.
 class FileRefused : public Error {
  public:
   explicit FileRefused(std::u16string description) : Error(code::kGeneric, std::move(description)) {}

@@ -30,6 +30,12 @@ std::u16string NameOf(const std::filesystem::path& path) { return path.u16string
                     FromUtf8(std::generic_category().message(error)) + u".");
 }
 
+[[noreturn]] void ThrowUnread(const std::u16string& name, int error) {
+  if (error == EACCES) ThrowFailed(u"read", name, error);  // a part of it is locked
+  throw Error(code::kGeneric,
+              u"Could not read '" + name + u"': " + FromUtf8(std::generic_category().message(error)) + u".");
+}
+
 class DiskFile final : public File {
  public:
   DiskFile(int descriptor, bool readOnly, std::u16string name)
@@ -40,7 +46,7 @@ class DiskFile final : public File {
 
   std::uint64_t Size() const override {
     const std::int64_t size = descriptor::Size(descriptor_);
-    if (size < 0) ThrowFailed(u"read", name_, errno);
+    if (size < 0) ThrowUnread(name_, errno);
     return static_cast<std::uint64_t>(size);
   }
 
@@ -48,7 +54,7 @@ class DiskFile final : public File {
     while (!bytes.empty()) {
       const std::int64_t done =
           descriptor::ReadSome(descriptor_, offset, bytes.data(), std::min(bytes.size(), kLargestPiece));
-      if (done < 0) ThrowFailed(u"read", name_, errno);
+      if (done < 0) ThrowUnread(name_, errno);
       if (done == 0)
         throw CorruptFile(u"Unrecognized database format '" + name_ + u"': the file is too short.");
       offset += static_cast<std::uint64_t>(done);

@@ -55,6 +55,9 @@ class RedoLog {
 
   explicit RedoLog(Opener opener) : opener_(std::move(opener)) {}
 
+  // Finds out what the files say, and makes them where there are none. The other functions do so by
+  // themselves. Does nothing while they are open.
+  void Open();
   // What the next record says. Until it is first set, that of the records found in the files.
   void SetNote(Note note);
   bool NoteChanged() const { return noteChanged_; }
@@ -82,11 +85,10 @@ class RedoLog {
   void Restart();
   // Leaves two records without pages, which say nothing of any file.
   void Checkpoint();
-  // Lets go of the files; tells which of them (0 or 1) has the older record.
+  // Lets go of the files, which are open; tells which of them (0 or 1) has the older record.
   std::size_t Close();
 
  private:
-  void Open();
   void Settle();
   void Write(std::uint32_t pageCount, const Note& note, std::span<const std::uint32_t> pages,
              const std::function<const std::uint8_t*(std::uint32_t)>& bytesOf);

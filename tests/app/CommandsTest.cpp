@@ -221,6 +221,23 @@ TEST_F(LanguageMenu, ChangesCaptionsHeadersAndSettingsAtOnce) {
   EXPECT_EQ(form->Caption(), L"Kestrelon");
 }
 
+TEST_F(LanguageMenu, LeavesTheArrowOverTheSortedColumn) {
+  Start();
+  win::TreeNode& category = AddCategory(L"A_", L"A");
+  AddItem(L"A_", 1, {L"item"});
+  SelectCategory(category);
+  ClickHeader(2);
+  const auto arrow = [&] {
+    HDITEMW item{};
+    item.mask = HDI_FORMAT;
+    SendMessageW(ListView_GetHeader(List().Handle()), HDM_GETITEMW, 2, reinterpret_cast<LPARAM>(&item));
+    return (item.fmt & HDF_IMAGE) != 0;
+  };
+  ASSERT_TRUE(arrow());
+  Command(L"meu_Chinese_Simplified");
+  EXPECT_TRUE(arrow());
+}
+
 TEST_F(LanguageMenu, GoesToEachLanguageAndBackToEnglish) {
   Start();
   Command(L"meu_Chinese_Traditional");

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "app/SingleInstance.h"
+#include "tests/support/FileCalls.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {
@@ -43,6 +44,28 @@ TEST(SingleInstance, KnowsAFolderHoweverItsPathIsSpelled) {
   }
   dir.WriteFile(L"Data folder 2\\file", "x");
   EXPECT_TRUE(IsFirstElsewhere(dir.Folder() + L"Data folder 2\\"));
+}
+
+TEST(DataFolderLock, IsTakenThoughAScannerIsAtItsFileForAMoment) {
+  const ScopedTestDir dir;
+  dir.WriteFile(L"Data\\Kestrelon.lock", "");  // left by a power cut
+  app::DataFolderLock lock;
+  const FileCalls calls(FileCalls::Mode::kHeld, 0);
+  EXPECT_TRUE(lock.Take(dir.Folder() + L"Data\\"));
+  EXPECT_TRUE(calls.Hit());
+}
+
+TEST(DataFolderLock, IsTakenByOneAtATimeThoughItsFileIsReadOnly) {
+  const ScopedTestDir dir;
+  const std::wstring file = dir.WriteFile(L"Data\\Kestrelon.lock", "");
+  ASSERT_TRUE(SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY));
+  {
+    app::DataFolderLock first;
+    EXPECT_TRUE(first.Take(dir.Folder() + L"Data\\"));
+    app::DataFolderLock second;
+    EXPECT_FALSE(second.Take(dir.Folder() + L"Data\\"));
+  }
+  SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST(DataFolderLock, IsTakenByOneAtATimeHoweverTheFolderIsSpelled) {

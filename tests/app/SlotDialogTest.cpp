@@ -5,6 +5,7 @@
 #include "app/SlotDialog.h"
 #include "items/ItemCommands.h"
 #include "store/Store.h"
+#include "tests/support/Dialogs.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {
@@ -27,24 +28,12 @@ class SlotDialog : public MainFormFixture {
   // Opens a dialog by its command, hands its form to `act` and closes it afterwards if it is still there.
   void Open(const wchar_t* command, const std::function<void(win::Form&)>& act) {
     const std::wstring name = command == std::wstring(L"meu_SaveDatabase") ? L"Save" : L"Load";
-    const OnWindow dialog(
-        [&](HWND window) {
-          const auto* found = dynamic_cast<win::Form*>(win::Window::Of(window));
-          return found && found->Name() == name;
-        },
-        [&](HWND window) {
-          act(*dynamic_cast<win::Form*>(win::Window::Of(window)));
-          if (IsWindow(window)) SendMessageW(window, WM_CLOSE, 0, 0);
-        });
+    const OnForm dialog(name, act);
     Command(command);
     EXPECT_TRUE(dialog.Done());
     EXPECT_TRUE(IsWindowEnabled(form->Handle()));
   }
-  static HWND Button(win::Form& dialog, int slot) {
-    const win::FormControl* control = dialog.Find(L"Command2", slot);
-    EXPECT_NE(control, nullptr);
-    return control ? control->window : nullptr;
-  }
+  static HWND Button(win::Form& dialog, int slot) { return ControlOf(dialog, L"Command2", slot); }
   static void Press(win::Form& dialog, int slot) { SendMessageW(Button(dialog, slot), BM_CLICK, 0, 0); }
   static std::vector<std::wstring> Captions(win::Form& dialog) {
     std::vector<std::wstring> captions;

@@ -1,57 +1,12 @@
 // What the user sees of a collection that was not saved: the question after an unclean end, the button of the
 // Load dialog; and how it gets there.
 
-#include <functional>
-
 #include "app/SlotDialog.h"
-#include "store/UnsavedCollection.h"
-#include "tests/support/MainFormFixture.h"
+#include "tests/app/UnsavedFixture.h"
 #include "ui/win/Handles.h"
 
 namespace kestrelon::test {
 namespace {
-
-class Unsaved : public MainFormFixture {
- protected:
-  // A category with an item, in no slot.
-  void StartWithWork() {
-    Start();
-    SelectCategory(AddCategory(L"A_", L"work"));
-    AddItem(L"A_", 1, {L"item"});
-  }
-  // Ends without a word, as a crash does, and starts again. The answer to the question, if one is expected.
-  void CrashAndStart(std::initializer_list<int> answers = {}) {
-    Crash();
-    world.boxes.clear();
-    world.answers.assign(answers);
-    Start();
-  }
-  void Close(std::initializer_list<int> answers) {
-    world.answers.assign(answers);
-    SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
-    End();
-  }
-  std::wstring Path() const { return program.dataFolder + store::kUnsavedFile; }
-
-  // Opens the Load dialog, hands it to `act` and closes it if it is still there.
-  void OpenLoad(const std::function<void(win::Form&)>& act) {
-    const auto isLoad = [](HWND window) {
-      const auto* found = dynamic_cast<win::Form*>(win::Window::Of(window));
-      return found && found->Name() == L"Load";
-    };
-    const OnWindow dialog(isLoad, [&](HWND window) {
-      act(*dynamic_cast<win::Form*>(win::Window::Of(window)));
-      if (IsWindow(window)) SendMessageW(window, WM_CLOSE, 0, 0);
-    });
-    Command(L"meu_LoadDatabase");
-    EXPECT_TRUE(dialog.Done());
-  }
-  static void Press(win::Form& dialog, const wchar_t* name, int index = -1) {
-    const win::FormControl* button = dialog.Find(name, index);
-    ASSERT_NE(button, nullptr);
-    SendMessageW(button->window, BM_CLICK, 0, 0);
-  }
-};
 
 TEST_F(Unsaved, IsOfferedOnceAfterAnUncleanEndWithTheTimeOfTheLastChange) {
   StartWithWork();
@@ -104,8 +59,7 @@ TEST_F(Unsaved, IsKeptWhenTheProgramIsLeftWithoutSaving) {
 
 TEST_F(Unsaved, IsKeptWhenTheSaveDialogIsLeftWithoutSaving) {
   StartWithWork();
-  const OnWindow dialog([](HWND window) { return TextOf(window) == L"Save Database"; },
-                        [](HWND window) { SendMessageW(window, WM_CLOSE, 0, 0); });
+  const OnForm dialog(L"Save", [](win::Form&) {});
   Close({IDYES});
   EXPECT_TRUE(dialog.Done());
   EXPECT_TRUE(FileExists(Path()));
@@ -114,11 +68,7 @@ TEST_F(Unsaved, IsKeptWhenTheSaveDialogIsLeftWithoutSaving) {
 TEST_F(Unsaved, IsKeptWhenSavingFailsOnTheWayOut) {
   StartWithWork();
   std::filesystem::create_directory(program.dataFolder + L"Data0.dat");  // no slot can take its place
-  const OnWindow dialog([](HWND window) { return TextOf(window) == L"Save Database"; },
-                        [](HWND window) {
-                          Press(*dynamic_cast<win::Form*>(win::Window::Of(window)), L"Command2", 0);
-                          SendMessageW(window, WM_CLOSE, 0, 0);
-                        });
+  const OnForm dialog(L"Save", [](win::Form& save) { Press(save, L"Command2", 0); });
   Close({IDYES, IDOK, IDOK});
   EXPECT_TRUE(dialog.Done());
   EXPECT_TRUE(FileExists(Path()));
@@ -133,8 +83,7 @@ TEST_F(Unsaved, IsNotKeptWhenNothingWasDone) {
 TEST_F(Unsaved, LeavesNothingBesideTheDatabasesAfterACleanEnd) {
   StartWithWork();
   Close({IDNO});
-  for (const auto& entry : std::filesystem::directory_iterator(program.dataFolder))
-    EXPECT_EQ(entry.path().extension(), L".dat") << Narrow(entry.path().wstring());
+  ExpectNothingBesideTheDatabases();
 }
 
 TEST_F(Unsaved, StandsBelowTheSlotsInTheLoadDialogWhileThereIsOne) {
@@ -202,53 +151,6 @@ TEST_F(Unsaved, IsKeptByATimerThatEveryChangeOfTheTreeStarts) {
   EXPECT_TRUE(PumpUntil(kept));
 }
 
-TEST_F(Unsaved, IsKeptAtTheEndOfTheSessionWithoutAQuestion) {
-  StartWithWork();
-  Tree().SetText(*Tree().Find(L"A_"), L"renamed");
-  EXPECT_TRUE(SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0));
-  SendMessageW(form->Handle(), WM_ENDSESSION, TRUE, 0);
-  EXPECT_TRUE(world.boxes.empty());
-  CrashAndStart({IDYES});
-  EXPECT_EQ(ShownTree(), L"renamed");
-}
-
-TEST_F(Unsaved, IsAskedForAgainWhenTheSessionGoesOn) {
-  StartWithWork();
-  SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0);
-  SendMessageW(form->Handle(), WM_ENDSESSION, FALSE, 0);
-  world.answers = {IDCANCEL};
-  SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
-  EXPECT_EQ(world.boxes.size(), 1u);
-}
-
-TEST_F(Unsaved, KeepsItsWindowUntilTheSessionIsKnownToEnd) {
-  StartWithWork();
-  SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0);
-  SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
-  EXPECT_TRUE(IsWindow(form->Handle()));
-  EXPECT_TRUE(world.boxes.empty());
-  SendMessageW(form->Handle(), WM_ENDSESSION, FALSE, 0);
-  EXPECT_TRUE(IsWindow(form->Handle()));
-}
-
-TEST_F(Unsaved, IsNotAskedForByAWindowThatIsClosedAsTheSessionEnds) {
-  StartWithWork();
-  SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, ENDSESSION_CLOSEAPP);
-  SendMessageW(form->Handle(), WM_ENDSESSION, TRUE, ENDSESSION_CLOSEAPP);
-  SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
-  EXPECT_TRUE(world.boxes.empty());
-  CrashAndStart({IDYES});
-  EXPECT_EQ(ShownTree(), L"work");
-}
-
-TEST_F(Unsaved, LeavesNothingToRecoverWhenTheSessionEndsWithASavedCollection) {
-  Start();
-  SendMessageW(form->Handle(), WM_QUERYENDSESSION, 0, 0);
-  SendMessageW(form->Handle(), WM_ENDSESSION, TRUE, 0);
-  CrashAndStart();
-  EXPECT_TRUE(world.boxes.empty());
-}
-
 TEST_F(Unsaved, OpensTheLoadDialogOnTheSlotSavedLast) {
   Start();
   dir.settings.Write(L"Data1", L"2. 2026-01-02 03:04:05");
@@ -290,6 +192,101 @@ TEST_F(Unsaved, ThatIsHeldByAnotherProgramStaysForTheNextStart) {
     Close({IDNO});
     DeleteIfThere(Path());
   }
+}
+
+TEST_F(Unsaved, BringsNothingToDiskBeforeAnythingIsDone) {
+  Start();
+  EXPECT_FALSE(Parts().unsaved->Any());
+  SendMessageW(form->Handle(), WM_TIMER, 1, 0);
+  ExpectNothingBesideTheDatabases();
+}
+
+TEST_F(Unsaved, HasNeitherADeletedCategoryNorItsItems) {
+  StartWithWork();
+  AddCategory(L"B_", L"other");
+  AddItem(L"B_", 1, {L"another"});
+  SelectCategory(*Tree().Find(L"A_"));
+  world.answers = {IDYES};
+  Command(L"meu_Remove");
+  KillAndStart({IDYES});
+  EXPECT_EQ(ShownTree(), L"other");
+  SelectCategory(*Tree().Find(L"B_"));
+  EXPECT_EQ(List().Count(), 1u);
+}
+
+TEST_F(Unsaved, KeepsItsWindowWhereItCanNeitherBeKeptNorSetAside) {
+  Start();
+  AddCategory(L"A_", L"work");
+  {
+    const FileCalls calls(FileCalls::Mode::kDiskFullLong, 0);
+    world.answers = {IDNO, IDOK};
+    SendMessageW(form->Handle(), WM_CLOSE, 0, 0);
+  }
+  ASSERT_EQ(world.boxes.size(), 2u);
+  EXPECT_EQ(world.boxes[1].title, L"Form_Unload Error:");
+  ASSERT_NE(form->Handle(), nullptr);
+  ASSERT_TRUE(IsWindow(form->Handle()));
+  EXPECT_EQ(ShownTree(), L"work");
+  Close({IDNO});
+  EXPECT_TRUE(FileExists(Path()));
+}
+
+TEST_F(Unsaved, IsRecoveredThoughAFileIsHeldForAMoment) {
+  for (std::size_t call = 0; !HasFailure(); ++call) {
+    SCOPED_TRACE(call);
+    StartWithWork();
+    Crash();
+    world.boxes.clear();
+    bool hit = false;
+    {
+      FileCalls calls(FileCalls::Mode::kHeld, call);
+      EXPECT_TRUE(app::Connect(program, world));
+      hit = calls.Hit();
+    }
+    EXPECT_TRUE(program.unsavedFound);
+    EXPECT_TRUE(world.boxes.empty());
+    program.unsavedFound = false;
+    std::filesystem::remove_all(program.dataFolder);
+    if (!hit) break;
+    ASSERT_LT(call, 100u);
+  }
+}
+
+// A disk that cannot give back what it was given does so at the next start, too.
+TEST_F(Unsaved, IsPutAwayWhereItCannotBeReadAndOtherwiseStaysForTheNextStart) {
+  int putAway = 0;
+  for (std::size_t call = 0; !HasFailure(); ++call) {
+    SCOPED_TRACE(call);
+    StartWithWork();
+    Crash();
+    world.boxes.clear();
+    world.answers = {IDOK};
+    bool hit = false, connected = false;
+    {
+      FileCalls calls(FileCalls::Mode::kReadError, call);
+      connected = app::Connect(program, world);
+      hit = calls.Hit();
+    }
+    world.answers.clear();
+    const std::wstring away = program.dataFolder + L"Unrecovered1.dat";
+    if (hit && connected && FileExists(away)) {
+      ++putAway;
+      ASSERT_EQ(world.boxes.size(), 1u);
+      EXPECT_EQ(world.boxes[0].title, L"Kestrelon");
+    } else {
+      EXPECT_EQ(world.boxes.size(), connected ? 0u : 1u);
+      if (!FileExists(Path())) {
+        world.answers = {IDYES};
+        Start();
+        EXPECT_EQ(ShownTree(), L"work");
+        End();
+      }
+    }
+    program.unsavedFound = false;
+    std::filesystem::remove_all(program.dataFolder);
+    if (!hit) break;
+  }
+  EXPECT_GT(putAway, 5);
 }
 
 // The database is of somebody else's making, and the log goes with it.

@@ -6,6 +6,7 @@
 
 #include "items/ItemCommands.h"
 #include "items/ShowData.h"
+#include "tests/support/Dialogs.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::test {
@@ -31,15 +32,7 @@ class ItemDialogFixture : public MainFormFixture {
   // Runs `open`, hands the dialog of that name to `act` and closes it afterwards if it is still there.
   void InDialog(const std::wstring& name, const std::function<void()>& open,
                 const std::function<void(win::Form&)>& act) {
-    const OnWindow dialog(
-        [&](HWND window) {
-          const auto* found = dynamic_cast<win::Form*>(win::Window::Of(window));
-          return found && found->Name() == name;
-        },
-        [&](HWND window) {
-          act(*dynamic_cast<win::Form*>(win::Window::Of(window)));
-          if (IsWindow(window)) SendMessageW(window, WM_CLOSE, 0, 0);
-        });
+    const OnForm dialog(name, act);
     open();
     EXPECT_TRUE(dialog.Done());
     EXPECT_TRUE(IsWindowEnabled(form->Handle()));
@@ -48,14 +41,6 @@ class ItemDialogFixture : public MainFormFixture {
                   const std::function<void(win::Form&)>& act) {
     InDialog(
         name, [&] { Command(command); }, act);
-  }
-  static HWND ControlOf(win::Form& dialog, const wchar_t* name, int index = -1) {
-    const win::FormControl* control = dialog.Find(name, index);
-    EXPECT_NE(control, nullptr) << Narrow(name);
-    return control ? control->window : nullptr;
-  }
-  static void Press(win::Form& dialog, const wchar_t* name, int index = -1) {
-    SendMessageW(ControlOf(dialog, name, index), BM_CLICK, 0, 0);
   }
   // What of an edit is selected.
   static std::wstring SelectionOf(HWND edit) {

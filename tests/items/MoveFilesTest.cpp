@@ -197,10 +197,13 @@ TEST_F(MoveTo, SkipsAFileWhoseServerDoesNotAnswerAndCarriesOn) {
 TEST_F(MoveTo, LeavesAFileAloneThatIsInTheFolderAlready) {
   const std::wstring a = dir.WriteFile(L"target\\a.txt", "a");
   StartWith({a});
-  world.folders = {dir.Path(L"TARGET")};
-  Command(L"meu_Moveto");
-  EXPECT_TRUE(world.shellOperations.empty());
-  ExpectUnchanged({a});
+  for (const wchar_t* folder : {L"TARGET", L"target\\.", L"target\\..\\Target"}) {
+    world.folders = {dir.Path(folder)};
+    Command(L"meu_Moveto");
+    EXPECT_TRUE(world.shellOperations.empty()) << Narrow(folder);
+    EXPECT_TRUE(world.boxes.empty()) << Narrow(folder);
+    ExpectUnchanged({a});
+  }
 }
 
 TEST_F(MoveTo, SaysSoWhenTheFolderCannotBeWrittenTo) {

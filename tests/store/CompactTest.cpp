@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <thread>
+
 #include "tests/store/StoreFixture.h"
 
 namespace kestrelon::store {
@@ -89,6 +92,25 @@ TEST_F(CompactTest, ReportsATemporaryFolderThatIsGone) {
 
   ExpectBox(L"CompactJetDatabase Error");
   EXPECT_TRUE(ScopedTestDir::ReadBytes(Working()) == TemplateBytes());
+}
+
+// Another program of the same user, on a data folder of its own, packs into the same scratch file.
+TEST_F(CompactTest, WaitsForAnotherProgramThatPacks) {
+  const std::wstring name = L"Global\\KestrelonPacking-" + IdentityOf(temporary);
+  std::atomic<bool> begun = false, ended = false;
+  std::thread other([&] {
+    const win::Unique<HANDLE, ::CloseHandle> turn(CreateMutexW(nullptr, TRUE, name.c_str()));
+    dir.WriteFile(L"tmp\\temp.dat", "of the other");
+    begun = true;
+    Sleep(200);
+    EXPECT_EQ(ScopedTestDir::ReadBytes(temporary + L"temp.dat"), "of the other");
+    ended = true;
+    ReleaseMutex(turn.get());
+  });
+  while (!begun) Sleep(1);
+  EXPECT_TRUE(Compact());
+  EXPECT_TRUE(ended);
+  other.join();
 }
 
 }  // namespace

@@ -134,6 +134,36 @@ TEST_F(LoadDataTest, RefusesASlotThatSomebodyElseHolds) {
   ExpectRefused();
 }
 
+TEST_F(LoadDataTest, RefusesASlotThatSomebodyElseIsWriting) {
+  MakeDatabase(Data(L"Data1.dat"), {InsertCategory(L"0_", L"A", L"top")});
+  const win::Unique<HANDLE, ::CloseHandle> writer(CreateFileW(
+      Data(L"Data1.dat").c_str(), GENERIC_READ | GENERIC_WRITE,
+      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+  ASSERT_NE(writer.get(), INVALID_HANDLE_VALUE);
+  ExpectRefused();
+}
+
+// Other programs have left files whose categories are not in the order of their numbers, by the index.
+TEST_F(LoadDataTest, TakesASlotWhosePrimaryKeyIsOutOfOrderAndItCanBeSaved) {
+  MakeDatabase(Data(L"Data1.dat"), {InsertCategory(L"0_", L"A", L"top"), InsertCategory(L"A", L"B", L"child"),
+                                    InsertItem(L"B", L"1#B", L"item")});
+  std::string bytes = ScopedTestDir::ReadBytes(Data(L"Data1.dat"));
+  std::size_t page = 0;
+  while (page < bytes.size() && bytes[page] != 4) page += 4096;  // a leaf of an index
+  ASSERT_LT(page, bytes.size());
+  bytes[page + 480 + 4] = static_cast<char>(bytes[page + 480 + 4] ^ 3);  // the number in its first entry
+  dir.WriteFile(L"KestrelonData\\Data1.dat", bytes);
+  ASSERT_THAT(FaultsOf(Data(L"Data1.dat")), testing::Not(testing::IsEmpty()));
+
+  EXPECT_TRUE(LoadData(parts, L"Data1.dat"));
+  EXPECT_EQ(Shape(), L"A=top(B=child)");
+  world.answers = {IDOK};
+  EXPECT_TRUE(SaveData(parts, L"Data2.dat", form.Handle()));
+  EXPECT_EQ(world.boxes.size(), 1u) << "the question";
+  EXPECT_EQ(ContentOf(Data(L"Data2.dat")), ContentOf(Data(L"Data1.dat")));
+  EXPECT_THAT(FaultsOf(Data(L"Data2.dat")), testing::IsEmpty());
+}
+
 TEST_F(LoadDataTest, KeepsTheTreeWhenTheWorkingDatabaseCannotBeReplaced) {
   MakeDatabase(Data(L"Data1.dat"), {InsertCategory(L"0_", L"A", L"top")});
   world.answers = {IDOK};

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,8 @@ class FileCalls {
     kDiskFull,      // the call fails
     kDiskFullLong,  // the call and all later ones fail that write, copy, create or flush; not what deletes
     kReadError,     // the call fails; those that read are counted
+    kHeld,          // somebody holds the file, so that the call fails three times; those are counted that do
+                    // not already have the file open
   };
 
   FileCalls(Mode mode, std::size_t call) : mode_(mode), left_(call) {
@@ -65,7 +68,8 @@ class FileCalls {
   // Does this call fail?
   static bool Fails(Kind kind) { return active_->FailsNow(kind); }
   bool FailsNow(Kind kind) {
-    if (mode_ == Mode::kCount || (kind == Kind::kReads) != (mode_ == Mode::kReadError)) return false;
+    if (mode_ == Mode::kCount || mode_ == Mode::kHeld) return false;
+    if ((kind == Kind::kReads) != (mode_ == Mode::kReadError)) return false;
     if (hit_) {
       if (mode_ == Mode::kStop || mode_ == Mode::kStopHalf) return true;
       return mode_ == Mode::kDiskFullLong && kind == Kind::kWrites;
@@ -77,6 +81,21 @@ class FileCalls {
     first_ = hit_ = true;
     if (kind == Kind::kDeletes) deletionFailed_ = true;
     return true;
+  }
+  // Is somebody else at the file?
+  static bool IsHeld() { return active_->IsHeldNow(); }
+  bool IsHeldNow() {
+    if (mode_ != Mode::kHeld) return false;
+    if (left_ > 0) {
+      --left_;
+      return false;
+    }
+    constexpr int kTimes = 3;
+    hit_ = true;
+    return timesHeld_++ < kTimes;
+  }
+  static bool Stopped() {
+    return active_->hit_ && (active_->mode_ == Mode::kStop || active_->mode_ == Mode::kStopHalf);
   }
   // Is half of it written all the same?
   static bool Half() {
@@ -128,6 +147,7 @@ class FileCalls {
   }
 
   static BOOL WINAPI CopyFileOurs(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
+    if (IsHeld()) return Failed(ERROR_SHARING_VIOLATION);
     if (Fails(Kind::kReads)) return Failed(ERROR_CRC);
     if (!Fails(Kind::kWrites)) return copyFile_(from, to, failIfExists);
     if (Half() && copyFile_(from, to, failIfExists)) {
@@ -147,8 +167,11 @@ class FileCalls {
   }
   static HANDLE WINAPI CreateFileOurs(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                                       DWORD disposition, DWORD flags, HANDLE model) {
-    if ((access & GENERIC_WRITE) != 0 && Fails(Kind::kWrites)) {
-      ::SetLastError(ERROR_WRITE_PROTECT);
+    // Who asks for neither is refused by nobody, and nobody holds what is not there.
+    const bool held = (access & (GENERIC_READ | GENERIC_WRITE)) != 0 &&
+                      ::GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES && IsHeld();
+    if (held || ((access & GENERIC_WRITE) != 0 && Fails(Kind::kWrites))) {
+      ::SetLastError(held ? ERROR_SHARING_VIOLATION : ERROR_WRITE_PROTECT);
       return INVALID_HANDLE_VALUE;
     }
     return createFile_(path, access, share, security, disposition, flags, model);
@@ -165,16 +188,23 @@ class FileCalls {
     return Fails(Kind::kWrites) ? Failed(ERROR_DISK_FULL) : TRUE;
   }
   static BOOL WINAPI MoveFileExOurs(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    if (IsHeld()) return Failed(ERROR_ACCESS_DENIED);
     if (Fails(Kind::kRenames)) return Failed(ERROR_WRITE_PROTECT);
     return moveFileEx_(from, to, flags);
   }
   static BOOL WINAPI DeleteFileOurs(LPCWSTR path) {
     if (::GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES) return deleteFile_(path);
+    if (IsHeld()) return Failed(ERROR_SHARING_VIOLATION);
     if (Fails(Kind::kDeletes)) return Failed(ERROR_WRITE_PROTECT);
     return deleteFile_(path);
   }
   static int __cdecl OpenOurs(int* descriptor, const wchar_t* path, int flags, int share, int permissions) {
     const bool writes = (flags & (_O_RDWR | _O_WRONLY)) != 0;
+    if (::GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES && IsHeld()) {
+      *descriptor = -1;
+      _doserrno = ERROR_SHARING_VIOLATION;
+      return errno = EACCES;
+    }
     if (Fails(writes && (flags & _O_CREAT) != 0 ? Kind::kWrites : Kind::kReads)) {
       *descriptor = -1;
       return errno = EIO;
@@ -188,6 +218,14 @@ class FileCalls {
   }
   static int __cdecl ReadOurs(int descriptor, void* bytes, unsigned size) {
     return Fails(Kind::kReads) ? FailedWith(EIO) : read_(descriptor, bytes, size);
+  }
+  static int __cdecl ResizeOurs(int descriptor, long size) {
+    return Fails(Kind::kWrites) ? FailedWith(ENOSPC) : resize_(descriptor, size);
+  }
+  static BOOL WINAPI SetFileTimeOurs(HANDLE file, const FILETIME* created, const FILETIME* accessed,
+                                     const FILETIME* written) {
+    // A time that stays as it was is no failure that anybody hears of.
+    return Stopped() ? Failed(ERROR_DISK_FULL) : setFileTime_(file, created, accessed, written);
   }
   static int __cdecl CommitOurs(int) { return Fails(Kind::kWrites) ? FailedWith(ENOSPC) : 0; }
 
@@ -205,6 +243,8 @@ class FileCalls {
         Of("_write", &WriteOurs, write_),
         Of("_read", &ReadOurs, read_),
         Of("_commit", &CommitOurs, commit_),
+        Of("_chsize", &ResizeOurs, resize_),
+        Of("SetFileTime", &SetFileTimeOurs, setFileTime_),
     };
     return replacements;
   }
@@ -226,9 +266,12 @@ class FileCalls {
   static inline decltype(&WriteOurs) write_ = nullptr;
   static inline decltype(&ReadOurs) read_ = nullptr;
   static inline decltype(&CommitOurs) commit_ = nullptr;
+  static inline decltype(&ResizeOurs) resize_ = nullptr;
+  static inline decltype(&SetFileTimeOurs) setFileTime_ = nullptr;
 
   Mode mode_;
   std::size_t left_;
+  int timesHeld_ = 0;
   bool hit_ = false, first_ = false, deletionFailed_ = false;
 };
 
