@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include "app/base/File.h"
 #include "jet/database/Database.h"
 #include "store/SharedConnection.h"
+#include "store/UnsavedCollection.h"
 
 namespace kestrelon::model {
 namespace {
@@ -33,13 +35,15 @@ void ReadShown(HWND tree, HTREEITEM item, const std::wstring& parent, std::vecto
   for (; item; item = TreeView_GetNextSibling(tree, item)) {
     wchar_t text[300] = L"";
     TVITEMW info{};
-    info.mask = TVIF_TEXT | TVIF_PARAM | TVIF_HANDLE;
+    info.mask = TVIF_TEXT | TVIF_PARAM | TVIF_HANDLE | TVIF_STATE;
+    info.stateMask = TVIS_DROPHILITED;
     info.hItem = item;
     info.pszText = text;
     info.cchTextMax = 300;
     SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&info));
     const std::wstring key = reinterpret_cast<const win::TreeNode*>(info.lParam)->Key();
-    lines.push_back({parent, key, info.pszText});
+    const wchar_t* const marked = (info.state & TVIS_DROPHILITED) != 0 ? L" (marked for a drop)" : L"";
+    lines.push_back({parent, key, std::wstring(info.pszText).substr(0, 255) + marked});
     ReadShown(tree, TreeView_GetChild(tree, item), key, lines);
   }
 }
@@ -85,7 +89,34 @@ void Comparison::Differ(const std::string& what, const std::wstring& expected, c
     program_.Fault(what + ": expected \"" + Narrow(expected) + "\", found \"" + Narrow(found) + "\"");
 }
 
+// Finds out which of the contents that may have been on disk was there, by what the start made of it.
+void Comparison::TakeRecovered(State& expected) {
+  if (expected.loose.recovered.empty()) return;
+  std::optional<Content> found;
+  try {
+    const std::wstring path = program_.DataFile(store::kUnsavedFile);
+    if (FileExists(path)) found = ReadContent(path);
+  } catch (const std::exception& error) {
+    program_.Fault(std::string("the unsaved collection: ") + error.what());
+  }
+  const std::vector<Content> candidates = std::exchange(expected.loose.recovered, {});
+  for (auto each = candidates.rbegin(); each != candidates.rend(); ++each) {
+    const bool offered = IsUnsaved(expected, *each);
+    const std::optional<Content> before = expected.unsaved;
+    SetAside(expected, *each);
+    if (program_.offers == offered && found == expected.unsaved) {
+      if (offered && expected.loose.openRecovered) OpenUnsaved(expected);
+      return;
+    }
+    expected.unsaved = before;
+  }
+  program_.Fault("asked " + std::to_string(program_.offers) + " times about what the end has left; " +
+                 (found ? "in the unsaved collection:\n" + Difference(candidates.back(), *found)
+                        : std::string("there is no unsaved collection")));
+}
+
 void Comparison::Compare(State& expected) {
+  TakeRecovered(expected);
   CompareTree(expected);
   CompareTable(expected);
   CompareList(expected);
@@ -99,9 +130,7 @@ void Comparison::CompareTree(const State& expected) {
   std::vector<Tree::Line> lines, shown = expected.tree.Lines();
   ReadShown(tree, TreeView_GetRoot(tree), L"", lines);
   // The control may keep no more of a text than it can show.
-  for (auto* texts : {&lines, &shown}) {
-    for (Tree::Line& line : *texts) line[2] = line[2].substr(0, 255);
-  }
+  for (Tree::Line& line : shown) line[2] = line[2].substr(0, 255);
   if (lines != shown) {
     program_.Fault("the tree on the screen differs:\n" +
                    Difference({Tree::FromLines(shown), {}}, {Tree::FromLines(lines), {}}));
@@ -112,8 +141,6 @@ void Comparison::CompareTree(const State& expected) {
   Differ("the order of adding", Joined(expected.tree.OrderOfAdding()), Joined(order));
   const win::TreeNode* const highlighted = NodeOf(tree, TreeView_GetSelection(tree));
   Differ("the highlighted category", expected.screen.current, highlighted ? highlighted->Key() : L"");
-  if (TreeView_GetDropHilight(tree) != nullptr)
-    program_.Fault("a category is still marked as a drop's target");
 }
 
 void Comparison::CompareTable(State& expected) {
@@ -200,8 +227,10 @@ void Comparison::CompareCommands(State& expected) {
   if (program_.program.databaseSaved != expected.saved)
     program_.Fault(expected.saved ? "the exit question would be asked"
                                   : "the exit question would be left out");
-  if (parts.busy || parts.connection.IsOpen() || parts.TreeView1.EditingLabel() || parts.TreeView1.Dragging())
-    program_.Fault("something goes on");
+  if (parts.busy) program_.Fault("a long operation goes on");
+  if (parts.connection.IsOpen()) program_.Fault("the connection is open");
+  if (parts.TreeView1.EditingLabel()) program_.Fault("the edit of a name goes on");
+  if (parts.TreeView1.Dragging()) program_.Fault("a drag goes on");
   if (!IsWindowEnabled(program_.form->Handle())) program_.Fault("the window is disabled");
 }
 
@@ -222,24 +251,25 @@ void Comparison::CompareFiles(const State& expected) {
 }
 
 void Comparison::CompareSlots(const State& expected) {
-  for (std::size_t slot = 0; slot < expected.slots.size(); ++slot) {
-    const std::wstring path = program_.DataFile(L"Data" + std::to_wstring(slot) + L".dat");
-    const bool there = std::filesystem::exists(path);
-    if (there != expected.slots[slot].has_value())
-      program_.Fault("slot " + std::to_string(slot) + ", there or not");
-    if (!there || !expected.slots[slot]) continue;
-    std::string bytes = BytesOf(path);
-    std::string& known = slotBytes_[path];
-    if (bytes == known) continue;
-    try {
-      const Content found = ReadContent(path);
-      if (found != *expected.slots[slot])
-        program_.Fault("slot " + std::to_string(slot) + " differs:\n" +
-                       Difference(*expected.slots[slot], found));
-      known = std::move(bytes);
-    } catch (const std::exception& error) {
-      program_.Fault("slot " + std::to_string(slot) + ": " + error.what());
-    }
+  for (std::size_t slot = 0; slot < expected.slots.size(); ++slot)
+    CompareDatabase(L"Data" + std::to_wstring(slot) + L".dat", expected.slots[slot]);
+  CompareDatabase(store::kUnsavedFile, expected.unsaved);
+}
+
+void Comparison::CompareDatabase(const std::wstring& name, const std::optional<Content>& expected) {
+  const std::wstring path = program_.DataFile(name);
+  const bool there = std::filesystem::exists(path);
+  if (there != expected.has_value()) program_.Fault(Narrow(name) + ", there or not");
+  if (!there || !expected) return;
+  std::string bytes = BytesOf(path);
+  Known& known = known_[path];
+  try {
+    if (bytes != known.bytes) known = {{}, ReadContent(path)};
+    known.bytes = std::move(bytes);
+    if (known.content != *expected)
+      program_.Fault(Narrow(name) + " differs:\n" + Difference(*expected, known.content));
+  } catch (const std::exception& error) {
+    program_.Fault(Narrow(name) + ": " + error.what());
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "tests/model/State.h"
@@ -17,21 +18,29 @@ class Comparison {
   void Compare(State& expected);
   // Only what the model cannot know by itself: quick, for a program that is to work, not to be looked at.
   void TakeOver(State& expected) {
+    TakeRecovered(expected);
     CompareList(expected);
     CompareCommands(expected);
   }
 
  private:
+  void TakeRecovered(State& expected);
   void CompareTree(const State& expected);
   void CompareTable(State& expected);
   void CompareList(State& expected);
   void CompareCommands(State& expected);
   void CompareFiles(const State& expected);
   void CompareSlots(const State& expected);
+  void CompareDatabase(const std::wstring& name, const std::optional<Content>& expected);
   void Differ(const std::string& what, const std::wstring& expected, const std::wstring& found);
 
   TestProgram& program_;
-  std::map<std::wstring, std::string> slotBytes_;  // of the slots that were found right
+  // The databases as they were read last: most steps leave them alone.
+  struct Known {
+    std::string bytes;
+    Content content;
+  };
+  std::map<std::wstring, Known> known_;
 };
 
 // Tree and table as the program has them now: its window and its working database.

@@ -28,7 +28,7 @@ class Driver {
   void Imports(const Plan& plan);
   void List(const Plan& plan);
   void Items(const Plan& plan);
-  void Dialogs(const Plan& plan, const State& after);
+  void Slots(const Plan& plan, const State& after);
 
   void EndEdit(const Plan& plan);
   void DragBranch(const Plan& plan);
@@ -40,8 +40,13 @@ class Driver {
   void Properties(const Plan& plan);
   void ChangeCategory(const Plan& plan);
   void SlotDialog(const Plan& plan, bool save);
+  void CheckOffer(win::Form& loadDialog);
+  void LoadUnsaved(const Plan& plan);
   void LoadDamaged(const Plan& plan);
+  void Close(bool stays);
   void Exit(const Plan& plan);
+  void EndSession(const Plan& plan);
+  void StartAnew(const Plan& plan);
   // A search window, opened, filled in, its button pressed, closed.
   void Search(const Plan& plan, const std::wstring& name, bool list);
 
@@ -54,6 +59,7 @@ class Driver {
   void Click(HWND window, POINT point, bool right = false, WPARAM keys = 0);
   void OpenBranches();  // of the whole tree
   POINT PointOf(const std::wstring& key);
+  POINT PointInSight(const std::wstring& key);  // without scrolling
   POINT PointOfRow(std::size_t row);
   POINT EmptyTreePoint();
   HWND ControlOf(win::Form& form, std::wstring_view name, int index = -1);

@@ -1,4 +1,4 @@
-// The driver in dialogs, with files that come from outside, with slots.
+// The driver in the dialogs of items, and with files that come from outside.
 
 #include "app/base/Win32.h"
 
@@ -7,47 +7,16 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 
 #include "app/base/File.h"
 #include "import/inputDialog.h"
 #include "items/FileListDataObject.h"
-#include "jet/Ado.h"
-#include "store/SharedConnection.h"
 #include "tests/import/ClipboardContents.h"
 #include "tests/model/Driver.h"
 #include "tests/support/KeyInput.h"
 #include "tests/support/MainFormFixture.h"
 
 namespace kestrelon::model {
-namespace {
-
-void Write(const std::wstring& path, const std::string& bytes) {
-  std::ofstream(std::filesystem::path(path), std::ios::binary)
-      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-// Categories that make no tree, in a file that is sound otherwise.
-void AddRows(const std::wstring& path, const std::vector<Tree::Line>& lines) {
-  jet::Connection connection;
-  connection.SetConnectionString(u"Data Source=" + store::ToEngine(path));
-  connection.Open();
-  jet::Recordset rows;
-  rows.Open(u"SELECT * FROM TreeviewTable", connection);
-  for (const Tree::Line& line : lines) {
-    rows.AddNew();
-    rows.SetField(u"parent", store::ToEngine(line[0]));
-    rows.SetField(u"key", store::ToEngine(line[1]));
-    rows.SetField(u"text", store::ToEngine(line[2]));
-    rows.Update();
-  }
-  rows.Close();
-  connection.Close();
-}
-
-}  // namespace
-
 void Driver::Imports(const Plan& plan) {
   switch (plan.kind) {
     case Kind::kOpenDialog:
@@ -191,77 +160,6 @@ void Driver::ChangeCategory(const Plan& plan) {
         }
         program_.Fault("the dialog does not show the category");
       });
-}
-
-void Driver::Dialogs(const Plan& plan, const State& after) {
-  switch (plan.kind) {
-    case Kind::kLanguage:
-      Command(plan.text == L"English"     ? L"meu_English"
-              : plan.text == L"Chinese_S" ? L"meu_Chinese_Simplified"
-                                          : L"meu_Chinese_Traditional");
-      break;
-    case Kind::kSave:
-      SlotDialog(plan, true);
-      if (program_.Parts().settings.Read(L"Data" + std::to_wstring(plan.slot)) != after.labels[plan.slot])
-        program_.Fault("the slot has another label than " + Narrow(after.labels[plan.slot]));
-      break;
-    case Kind::kLoad: SlotDialog(plan, false); break;
-    case Kind::kLoadDamaged: LoadDamaged(plan); break;
-    case Kind::kExit: Exit(plan); break;
-    default: break;
-  }
-}
-
-void Driver::SlotDialog(const Plan& plan, bool save) {
-  InDialog(
-      save ? L"Save" : L"Load", [&] { Command(save ? L"meu_SaveDatabase" : L"meu_LoadDatabase"); },
-      [&](win::Form& form) {
-        const bool left = save ? plan.way == 2 : plan.way == 1;
-        if (!left) Press(form, L"Command2", static_cast<int>(plan.slot));
-      });
-}
-
-void Driver::LoadDamaged(const Plan& plan) {
-  const std::wstring slot = program_.DataFile(L"Data" + std::to_wstring(plan.slot) + L".dat");
-  const std::string bytes = BytesOf(slot);
-  switch (plan.damage) {
-    case Damage::kCut: Write(slot, bytes.substr(0, bytes.size() / 2)); break;
-    case Damage::kText: Write(slot, "no database"); break;
-    case Damage::kNoParent: AddRows(slot, {{L"0_", L"first_", L"x"}, {L"nowhere_", L"lost_", L"y"}}); break;
-    case Damage::kKeyTwice: AddRows(slot, {{L"0_", L"twin_", L"x"}, {L"0_", L"twin_", L"y"}}); break;
-    default: AddRows(slot, {{L"b_", L"a_", L"x"}, {L"a_", L"b_", L"y"}}); break;
-  }
-  SlotDialog(plan, false);
-  Write(slot, bytes);
-}
-
-void Driver::Exit(const Plan& plan) {
-  const auto close = [&] {
-    SendMessageW(program_.form->Handle(), WM_CLOSE, 0, 0);
-    win::DoEvents();
-  };
-  if (plan.boxes.size() > 1) {
-    // Yes: the dialog is gone with the program.
-    const test::OnWindow dialog(
-        [](HWND window) {
-          const auto* found = dynamic_cast<win::Form*>(win::Window::Of(window));
-          return found && found->Name() == L"Save";
-        },
-        [&](HWND window) {
-          Press(*dynamic_cast<win::Form*>(win::Window::Of(window)), L"Command2", static_cast<int>(plan.slot));
-          if (IsWindow(window)) SendMessageW(window, WM_CLOSE, 0, 0);
-        });
-    close();
-    if (!dialog.Done()) program_.Fault("the Save dialog did not come up at the end");
-  } else {
-    close();
-  }
-  const bool stays = plan.way == 0;
-  if (stays != (IsWindow(program_.form->Handle()) != FALSE))
-    program_.Fault(stays ? "the window went" : "the window stayed");
-  if (stays) return;
-  program_.End();
-  program_.Start();
 }
 
 }  // namespace kestrelon::model

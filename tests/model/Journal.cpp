@@ -23,12 +23,14 @@ void Journal::Append(std::string_view bytes) {
 
 void Journal::Write(const Record& record) {
   std::ostringstream text;
-  text << record.number << ' ' << record.begun << ' ' << record.saved;
+  text << record.number << ' ' << record.begun << ' ' << record.unsaved << ' ' << record.offered;
   for (const std::uint64_t digest : record.slots) text << ' ' << digest;
   text << ' ' << record.content.size() << ' ' << record.step.size() << '\n'
        << record.content << record.step << '\n';
   Append(text.str());
 }
+
+void Journal::WriteDone() { Append("done\n"); }
 
 void Journal::WriteFault(const std::string& reason) {
   Record fault;
@@ -40,9 +42,15 @@ std::vector<Record> ReadJournal(const std::wstring& path) {
   std::istringstream text(BytesOf(path));
   std::vector<Record> records;
   for (;;) {
+    if (text.peek() == 'd') {
+      std::string done;
+      if (!std::getline(text, done) || text.eof()) return records;
+      records.back().done = true;
+      continue;
+    }
     Record record;
     std::size_t content = 0, step = 0;
-    text >> record.number >> record.begun >> record.saved;
+    text >> record.number >> record.begun >> record.unsaved >> record.offered;
     for (std::uint64_t& digest : record.slots) text >> digest;
     text >> content >> step;
     if (text.get() != '\n') return records;
@@ -55,16 +63,21 @@ std::vector<Record> ReadJournal(const std::wstring& path) {
   }
 }
 
-Record RecordOf(const State& state, std::uint64_t number, const std::string& step) {
+Record RecordOf(const State& state, const Content& content, std::uint64_t number, const std::string& step) {
   Record record;
   record.number = number;
   record.begun = FileTimeNow();
-  record.saved = state.saved;
-  record.content = Serialised(state);
+  record.unsaved = IsUnsaved(state, content);
+  record.content = Serialised(Loaded(content));
   for (std::size_t slot = 0; slot < state.slots.size(); ++slot)
-    record.slots[slot] = state.slots[slot] ? DigestOf(Serialised(*state.slots[slot])) : 0;
+    record.slots[slot] = DigestOf(state.slots[slot]);
+  record.offered = DigestOf(state.unsaved);
   record.step = step;
   return record;
+}
+
+std::uint64_t DigestOf(const std::optional<Content>& content) {
+  return content ? DigestOf(Serialised(*content)) : 0;
 }
 
 std::uint64_t FileTimeNow() {

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <random>
 #include <sstream>
 
@@ -62,12 +63,14 @@ struct Recovered {
   std::string texts, content;
 };
 
-// What one kill came to: empty, or how it failed. `age`: how old what was offered was.
+// What one kill came to: how it failed, or nothing; and what was going on.
 struct Kill {
   std::string fault;
   std::uint64_t steps = 0, stepsBack = 0;
-  double secondsBack = 0;
+  double secondsBack = 0;  // since what was found was the present
+  bool inStep = false;     // the last step was not done
   bool asked = false;
+  std::vector<std::string> kinds;  // of the steps
 };
 
 Recovered Recover(const std::wstring& root) {
@@ -106,21 +109,20 @@ void CheckSlots(const std::wstring& root, const std::vector<Record>& records, Ki
   }
 }
 
-// Is everything of this content in a slot, or is there nothing?
-bool IsKept(const Record& record) {
-  const std::uint64_t digest = DigestOf(record.content);
-  return record.content.empty() || record.saved ||
-         std::find(record.slots.begin(), record.slots.end(), digest) != record.slots.end();
-}
-
-void CheckContent(const Recovered& recovered, const std::vector<Record>& records, std::uint64_t killed,
-                  Kill& kill) {
+// What the start offered, or that it offered nothing, fits one of the moments of the last minute: what was
+// there then is offered if it was in no slot, otherwise what had been set aside by then is still there.
+void CheckContent(const std::wstring& root, const Recovered& recovered, const std::vector<Record>& records,
+                  std::uint64_t killed, Kill& kill) {
   kill.asked = recovered.asked;
+  const std::wstring path = root + L"KestrelonData\\Unsaved.dat";
+  const std::uint64_t offered = FileExists(path) ? DigestOf(Serialised(ReadContent(path))) : 0;
   for (std::size_t i = records.size(); i-- > 0;) {
+    const Record& record = records[i];
     const std::uint64_t successor = i + 1 < records.size() ? records[i + 1].begun : killed;
     if (successor + kMinute < killed) break;
-    if (recovered.asked ? recovered.content != records[i].content : !IsKept(records[i])) continue;
-    kill.stepsBack = records.size() - 1 - i;
+    if (record.unsaved != recovered.asked) continue;
+    if (recovered.asked ? recovered.content != record.content : offered != record.offered) continue;
+    kill.stepsBack = records.back().number - record.number;
     kill.secondsBack = static_cast<double>(killed - std::min(successor, killed)) / 1e7;
     return;
   }
@@ -140,17 +142,22 @@ Kill KillOnce(std::uint32_t seed) {
     Process worker = StartWorker(InQuotes(root) + L" " + InQuotes(journal) + L" " + std::to_wstring(seed));
     for (int wait = 0; wait < 600 && BytesOf(journal).empty() && !worker.EndsWithin(20); ++wait) {
     }
-    const bool ended = worker.EndsWithin(static_cast<DWORD>(random() % 2500));
+    const bool ended = worker.EndsWithin(static_cast<DWORD>(300 + random() % 2700));
     TerminateProcess(worker.handle.get(), 99);
     const std::uint64_t killed = FileTimeNow();
     if (!worker.EndsWithin(10'000)) throw std::runtime_error("the program could not be killed");
     const std::vector<Record> records = ReadJournal(journal);
     if (records.empty()) throw std::runtime_error("no work was done");
     if (ended) throw std::runtime_error("the work ended by itself: " + records.back().step);
-    kill.steps = records.size();
+    kill.steps = records.back().number;
+    kill.inStep = !records.back().done;
+    for (const Record& record : records) {
+      if (record.done) kill.kinds.push_back(record.step.substr(0, record.step.find('(')));
+    }
     CheckSlots(root, records, kill);
-    CheckContent(Recover(root), records, killed, kill);
-    if (!kill.fault.empty()) kill.fault += "killed in step " + records.back().step + "\n";
+    CheckContent(root, Recover(root), records, killed, kill);
+    if (!kill.fault.empty())
+      kill.fault += (kill.inStep ? "killed in step " : "killed after step ") + records.back().step + "\n";
   } catch (const std::exception& error) {
     kill.fault += error.what();
   }
@@ -166,19 +173,31 @@ TEST(KilledProgram, OffersWhatWasThereAMinuteBeforeAtMost) {
   const std::uint32_t first = NumberFrom("KESTRELON_MODEL_SEED", 1);
   const std::uint32_t kills = NumberFrom("KESTRELON_MODEL_KILLS", 30);
   std::uint64_t steps = 0, stepsBack = 0;
-  std::uint32_t asked = 0;
+  std::uint32_t asked = 0, inStep = 0;
   double secondsBack = 0;
+  std::map<std::string, int> kinds;
   for (std::uint32_t seed = first; seed < first + kills; ++seed) {
     const Kill kill = KillOnce(seed);
     EXPECT_EQ(kill.fault, "") << "seed " << seed;
     steps += kill.steps;
     asked += kill.asked;
+    inStep += kill.inStep;
     stepsBack = std::max(stepsBack, kill.stepsBack);
     secondsBack = std::max(secondsBack, kill.secondsBack);
+    for (const std::string& kind : kill.kinds) ++kinds[kind];
   }
-  std::printf("%u kills in %llu steps; asked after %u; at most %llu steps and %.1f seconds back\n", kills,
-              static_cast<unsigned long long>(steps), asked, static_cast<unsigned long long>(stepsBack),
-              secondsBack);
+  std::printf(
+      "%u kills in %llu steps, %u of them in the middle of one; asked after %u; at most %llu steps "
+      "and %.1f seconds back\n",
+      kills, static_cast<unsigned long long>(steps), inStep, asked,
+      static_cast<unsigned long long>(stepsBack), secondsBack);
+  for (const auto& [kind, count] : kinds) std::printf("  %s %d\n", kind.c_str(), count);
+  if (kills < 30) return;
+  // Otherwise it would not be seen that the program was killed at its ease, with nothing to lose.
+  EXPECT_GT(asked, kills / 2);
+  EXPECT_GT(inStep, kills / 4);
+  for (const char* kind : {"Save", "Load", "Exit", "ImportFolder", "OpenDialog", "DropOnCategory"})
+    EXPECT_GT(kinds[kind], 0) << kind;
 }
 
 }  // namespace

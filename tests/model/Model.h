@@ -22,6 +22,8 @@ struct Box {
 
 // How the edit of a name ends.
 enum class EditEnd { kEnter, kEscape, kClickOther, kRightClickOther, kCommand, kClickEmpty, kWays };
+// How the program is left: No, and Yes with all that may follow it.
+enum class Leaving { kCancel, kNo, kSaved, kDialogLeft, kNotReplaced, kSaveFails };
 // What is wrong with a slot.
 enum class Damage { kCut, kText, kNoParent, kKeyTwice, kCycle, kWays };
 
@@ -33,6 +35,9 @@ struct Plan {
   std::wstring key, otherKey;
   EditEnd end = EditEnd::kEnter;
   Damage damage = Damage::kCut;
+  Leaving leaving = Leaving::kCancel;
+  int answer = IDNO;   // to the question at the next start, if it is asked
+  bool close = false;  // the window as well
   std::vector<std::wstring> paths;
   std::vector<bool> ticked;
   std::wstring folder;  // chosen in the picker; empty: the picker is left
@@ -43,6 +48,8 @@ struct Plan {
   std::size_t column = 0;
   std::size_t slot = 0;
   std::vector<Box> boxes;
+  // What there is for a moment in the middle of the step, in this order: a kill may find it.
+  std::vector<Content> between;
 };
 
 // What the program must do, by the rules that it promises its users, in plain containers.
@@ -81,6 +88,8 @@ class Model {
   void MoveFiles(const Step& step, Plan& plan);
   void DeleteItems(const Step& step, Plan& plan);
   void Exit(const Step& step, Plan& plan);
+  void UncleanEnd(const Step& step, Plan& plan);
+  void StartAnew(int answer);
   void SaveInto(std::size_t slot);
   void LoadFrom(std::size_t slot);
 

@@ -45,12 +45,20 @@ Plan Model::Apply(const Step& step) {
   plan.text = step.text;
   state.loose = {};
   ++state.clock;
+  const Content before = state;
   Categories(step, plan);
   Imports(step, plan);
   List(step, plan);
   EditItems(step, plan);
   FileCommands(step, plan);
   Slots(step, plan);
+  // The tree is kept with each change of the table, otherwise a little later.
+  if (state.table != before.table) {
+    state.maybeKept.clear();
+  } else {
+    state.maybeKept.insert(state.maybeKept.end(), plan.between.begin(), plan.between.end());
+  }
+  if (state.maybeKept.empty() || state.maybeKept.back() != state) state.maybeKept.push_back(state);
   return plan;
 }
 
@@ -184,6 +192,7 @@ void Model::InsertCategory(const Step& step, Plan& plan) {
   Refill();
   state.screen.current = plan.key;
   state.screen.shown = kNewCategory;
+  plan.between.push_back(state);
   EndEdit(step, plan, plan.key);
 }
 
@@ -213,6 +222,7 @@ void Model::EndEdit(const Step& step, Plan& plan, const std::wstring& key) {
       state.screen.shown = tree.At(plan.otherKey).text;
       break;
     case EditEnd::kCommand: {
+      plan.between.push_back(state);
       // A next sibling, which keeps its first name.
       const std::wstring added = NextKey();
       tree.Insert(added, kNewCategory, tree.At(key).parent, tree.PlaceOf(key) + 1);

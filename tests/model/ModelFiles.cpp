@@ -1,4 +1,4 @@
-// Files and slots in the model: importing, moving, saving, loading.
+// Files in the model: importing, moving, sending.
 
 #include "app/base/Win32.h"
 
@@ -13,15 +13,6 @@
 
 namespace kestrelon::model {
 namespace {
-
-std::wstring TrimmedText(const Tree& tree, const std::wstring& key) { return Trim(tree.At(key).text); }
-
-std::wstring SlotLabelAt(std::size_t slot, const SYSTEMTIME& time) {
-  wchar_t text[40];
-  std::swprintf(text, 40, L"%d. %d-%02d-%02d %02d:%02d:%02d", static_cast<int>(slot) + 1, time.wYear,
-                time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond);
-  return text;
-}
 
 void SortAsListed(std::vector<std::wstring>& names) {
   std::sort(names.begin(), names.end(), [](const std::wstring& a, const std::wstring& b) {
@@ -135,6 +126,7 @@ void Model::Imports(const Step& step, Plan& plan) {
         plan.ticked.push_back((step.c >> plan.ticked.size() % 8 & 1) != 0);
         if (plan.ticked.back()) ticked.push_back(path);
       }
+      state.saved = false;  // also when nothing was ticked
       if (ticked.empty()) break;
       Insert(current, ticked);
       Refill();
@@ -165,6 +157,7 @@ void Model::ImportFolder(const Step& step, Plan& plan) {
     return Branch{path, key};
   };
   std::vector<Branch> waiting{add(folder, state.screen.current)};
+  plan.between.push_back(state);
   while (!waiting.empty()) {
     const Branch branch = waiting.back();
     waiting.pop_back();
@@ -234,74 +227,8 @@ void Model::MoveFiles(const Step& step, Plan& plan) {
     state.files[Folded(target)] = moved;
     row.texts[2] = state.table.at(row.tag)[kPath] = target;
     state.saved = false;
+    plan.between.push_back(state);
   }
-}
-
-void Model::SaveInto(std::size_t slot) {
-  if (state.tree.Empty()) state.table.clear();
-  state.slots[slot] = static_cast<const Content&>(state);
-  state.labels[slot] = SlotLabelAt(slot, Now());
-  state.saved = true;
-}
-
-void Model::LoadFrom(std::size_t slot) {
-  if (state.slots[slot]) {
-    // Adding goes by the rows, which stand depth first, and takes away the blanks around names.
-    state.table = state.slots[slot]->table;
-    state.tree = Tree::FromLines(state.slots[slot]->tree.Lines());
-    for (const std::wstring& key : state.tree.Below(L""))
-      state.tree.SetText(key, TrimmedText(state.tree, key));
-  } else {
-    state.slots[slot] = Content();
-    state.tree = Tree();
-  }
-  ShowNone();
-}
-
-void Model::Slots(const Step& step, Plan& plan) {
-  plan.slot = step.a % 4;
-  switch (step.kind) {
-    case Kind::kLanguage: {
-      constexpr const wchar_t* kLanguages[] = {L"English", L"Chinese_S", L"Chinese_T"};
-      plan.text = state.language = kLanguages[step.a % 3];
-      break;
-    }
-    case Kind::kSave:
-      plan.way = step.b % 6 == 0 ? 1 : step.b % 6 == 1 ? 2 : 0;  // Cancel at the question; the dialog left
-      if (plan.way != 2) plan.boxes.push_back({BoxKind::kOkCancel, plan.way == 0 ? IDOK : IDCANCEL});
-      if (plan.way == 0) SaveInto(plan.slot);
-      break;
-    case Kind::kLoad:
-      plan.way = step.b % 6 == 0;  // the dialog left
-      if (plan.way == 0) LoadFrom(plan.slot);
-      break;
-    case Kind::kLoadDamaged:
-      plan.skipped = !state.slots[plan.slot];
-      plan.damage = static_cast<Damage>(step.b % static_cast<unsigned>(Damage::kWays));
-      if (!plan.skipped) plan.boxes.push_back({BoxKind::kError, IDOK});
-      break;
-    case Kind::kExit: Exit(step, plan); break;
-    default: break;
-  }
-}
-
-void Model::Exit(const Step& step, Plan& plan) {
-  plan.way = step.b % 3;  // Cancel, No, Yes and saved
-  if (!state.saved) {
-    constexpr int kAnswers[] = {IDCANCEL, IDNO, IDYES};
-    plan.boxes.push_back({BoxKind::kYesNoCancel, kAnswers[plan.way]});
-    if (plan.way == 0) return;
-    if (plan.way == 2) {
-      plan.boxes.push_back({BoxKind::kOkCancel, IDOK});
-      SaveInto(plan.slot);
-    }
-  } else {
-    plan.way = 1;
-  }
-  state.tree = Tree();
-  state.table.clear();
-  state.screen = Screen();
-  state.saved = false;
 }
 
 }  // namespace kestrelon::model

@@ -143,7 +143,9 @@ void Model::EditItems(const Step& step, Plan& plan) {
       plan.skipped = !primary;
       tooLong_ = false;
       for (Row& row : screen.rows) {
-        if (row.selected) NameFileAsItem(row);
+        if (!row.selected) continue;
+        NameFileAsItem(row);
+        plan.between.push_back(state);
       }
       if (tooLong_) plan.boxes.push_back({BoxKind::kInform, IDOK});
       break;

@@ -31,7 +31,7 @@ std::string Listed(const std::vector<Step>& steps) {
 
 TEST(RandomWork, LeavesTreeTableScreenFilesAndSlotsAsTheModel) {
   const std::uint32_t first = NumberFrom("KESTRELON_MODEL_SEED", 1);
-  const std::uint32_t runs = NumberFrom("KESTRELON_MODEL_RUNS", 8);
+  const std::uint32_t runs = NumberFrom("KESTRELON_MODEL_RUNS", 24);
   const std::uint32_t length = NumberFrom("KESTRELON_MODEL_STEPS", 60);
   const std::uint32_t attempts = NumberFrom("KESTRELON_MODEL_SHRINK", 60);
   for (std::uint32_t seed = first; seed < first + runs; ++seed) {

@@ -108,6 +108,33 @@ std::vector<std::size_t> Screen::Selected() const {
   return selected;
 }
 
+Content Loaded(Content content) {
+  content.tree = Tree::FromLines(content.tree.Lines());
+  for (const std::wstring& key : content.tree.Below(L""))
+    content.tree.SetText(key, Trim(content.tree.At(key).text));
+  return content;
+}
+
+bool IsUnsaved(const State& state, const Content& content) {
+  return !content.tree.Empty() &&
+         std::none_of(state.slots.begin(), state.slots.end(), [&](const std::optional<Content>& slot) {
+           return slot && Loaded(*slot) == Loaded(content);
+         });
+}
+
+void SetAside(State& state, const Content& content) {
+  if (!IsUnsaved(state, content)) return;
+  if (!state.unsaved || Loaded(*state.unsaved) != Loaded(content)) state.unsaved = content;
+}
+
+void OpenUnsaved(State& state) {
+  const Content loaded = Loaded(*state.unsaved);
+  SetAside(state, state);
+  static_cast<Content&>(state) = loaded;
+  state.maybeKept = {loaded};
+  state.saved = false;
+}
+
 std::wstring Folded(std::wstring_view path) {
   std::wstring folded(path);
   for (wchar_t& unit : folded) unit = static_cast<wchar_t>(std::towlower(unit));

@@ -58,6 +58,9 @@ struct Content {
   bool operator==(const Content&) const = default;
 };
 
+// As it comes back from a slot: added anew from top to bottom, without the blanks around names.
+Content Loaded(Content content);
+
 // The list: what it shows of an item is a copy, which may be older than the table.
 struct Row {
   std::wstring tag;
@@ -84,11 +87,13 @@ struct File {
   std::string bytes;
 };
 
-// What the comparison takes from the window where more than one answer is right.
+// What the comparison takes from the program where more than one answer is right.
 struct Loose {
-  bool rowOrder = false;  // the list was filled anew, in the order of the database
-  bool primary = false;   // which of the selected rows has the focus
-  bool shown = false;     // panel 1 shows the name of the current category or its path
+  std::vector<Content> recovered;  // one of these is what the end of the program left
+  bool openRecovered = false;      // when it is offered
+  bool rowOrder = false;           // the list was filled anew, in the order of the database
+  bool primary = false;            // which of the selected rows has the focus
+  bool shown = false;              // panel 1 shows the name of the current category or its path
   bool saved = false;
 };
 
@@ -98,6 +103,10 @@ struct State : Content {
   bool drag = false;   // "Enabled drag and drop"
   std::wstring language = L"English";
   std::array<std::optional<Content>, 4> slots;
+  std::optional<Content> unsaved;  // the unsaved collection that the Load dialog offers
+  // What may be on disk: the content after the last change of the table or after it was kept otherwise, and
+  // what came of it since, the latest last.
+  std::vector<Content> maybeKept{Content()};
   std::array<std::wstring, 4> labels{L"1. Null", L"2. Null", L"3. Null", L"4. Null"};
   std::map<std::wstring, File> files;  // by the path in small letters
   std::set<std::wstring> folders;      // ending in a backslash
@@ -105,6 +114,13 @@ struct State : Content {
   int draws = 0;                       // of the random generator
   Loose loose;
 };
+
+// Content that is in no slot, and not empty: it has a second chance.
+bool IsUnsaved(const State& state, const Content& content);
+// It goes away: what is offered from now on.
+void SetAside(State& state, const Content& content);
+// Opens what is offered.
+void OpenUnsaved(State& state);
 
 std::wstring Folded(std::wstring_view path);
 // Tree and table as lines of UTF-8, and back. Two contents are equal when their texts are.

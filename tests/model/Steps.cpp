@@ -51,8 +51,11 @@ constexpr KindInfo kInfos[] = {
     {"Language", 1},
     {"Save", 5},
     {"Load", 4},
+    {"LoadUnsaved", 3},
     {"LoadDamaged", 2},
-    {"Exit", 2},
+    {"Exit", 4},
+    {"UncleanEnd", 3},
+    {"EndSession", 2},
 };
 static_assert(std::size(kInfos) == static_cast<std::size_t>(Kind::kKinds));
 

@@ -47,8 +47,11 @@ enum class Kind {
   kLanguage,        // [a]
   kSave,            // [a: slot, b: yes, no, dialog left]
   kLoad,            // [a: slot, b: dialog left]
+  kLoadUnsaved,     // [b: dialog left]
   kLoadDamaged,     // [a: slot, b: what is wrong with it]
-  kExit,            // [a: slot, b: Cancel, or No, or Yes and saved] and started again
+  kExit,            // [a: slot, b: Cancel, No, Yes and how it is saved or not] and started again
+  kUncleanEnd,      // [a: answer at the next start, b: at once, or when all is kept]
+  kEndSession,      // [a: answer at the next start, b: taken back, c: the window closed as well]
   kKinds
 };
 

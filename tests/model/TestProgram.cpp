@@ -129,6 +129,10 @@ void TestProgram::SetClock(int seconds, int drawn) {
 
 int TestProgram::AnswerBox(const std::wstring& text, UINT flags) {
   const UINT type = flags & MB_TYPEMASK;
+  if (startAnswer_ && type == MB_YESNO) {
+    ++offers;
+    return *startAnswer_;
+  }
   if (boxes.empty()) {
     Fault("unexpected box: " + Narrow(text));
     return type == MB_OK ? IDOK : type == MB_YESNO ? IDNO : IDCANCEL;
@@ -143,7 +147,9 @@ int TestProgram::AnswerBox(const std::wstring& text, UINT flags) {
   return box.answer;
 }
 
-void TestProgram::Start() {
+void TestProgram::Start(int answer) {
+  offers = 0;
+  startAnswer_ = answer;
   program = app::NameProgram(root_ + L"Program\\", root_);
   if (!app::Connect(program, world)) throw std::runtime_error("start-up failed");
   form = std::make_unique<app::MainForm>(program, world, [](DWORD, NOTIFYICONDATAW&) { return true; });
@@ -153,6 +159,7 @@ void TestProgram::Start() {
   // High enough for all categories at once: a drag goes from one that is seen to one that is seen.
   SetWindowPos(form->Handle(), nullptr, 0, 0, 1500, 1500, SWP_NOZORDER | SWP_NOACTIVATE);
   win::DoEvents();
+  startAnswer_.reset();
 }
 
 void TestProgram::End() {

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +28,8 @@ class TestProgram {
   TestProgram(const TestProgram&) = delete;
   TestProgram& operator=(const TestProgram&) = delete;
 
-  void Start();
+  // `answer`: to the question whether what an unclean end left is to be opened.
+  void Start(int answer = IDNO);
   void End();
 
   const std::wstring& Root() const { return root_; }
@@ -42,6 +44,7 @@ class TestProgram {
   std::unique_ptr<app::MainForm> form;
   std::vector<std::string> faults;
   std::deque<Box> boxes;           // still to come
+  int offers = 0;                  // how often the last start has asked
   std::wstring folder, openFiles;  // what the pickers give; empty: left
   int pickersShown = 0;
   int draws = 0;
@@ -53,6 +56,7 @@ class TestProgram {
 
   std::wstring root_;
   int clock_ = 0;
+  std::optional<int> startAnswer_;  // while the program starts
 };
 
 // SHFileOperationW as Windows does it, as far as the program needs it: with one file and without its boxes.

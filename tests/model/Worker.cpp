@@ -28,8 +28,18 @@ namespace {
 
 constexpr std::uint64_t kStepsBetweenComparisons = 10;
 
-// Those that leave a slot unsound for a moment, or end the program.
-bool IsForTestsOnly(Kind kind) { return kind == Kind::kLoadDamaged || kind == Kind::kExit; }
+// The first steps, so that there is soon something to lose; from then on the generator's.
+Step NextStep(Generator& generator, std::uint64_t number, std::uint32_t seed) {
+  if (number == 2) return {Kind::kAddLastSibling, 0, 0, 0, L"first"};
+  if (number == 3) return {Kind::kImportFolder, seed, 1, 0, L""};
+  return generator.Next();
+}
+
+// Those that leave a slot unsound for a moment, or are as good as a kill themselves.
+bool IsForTestsOnly(const Plan& plan) {
+  return plan.kind == Kind::kLoadDamaged || plan.kind == Kind::kUncleanEnd ||
+         plan.kind == Kind::kEndSession || plan.leaving == Leaving::kSaveFails;
+}
 
 int Work(const std::wstring& root, const std::wstring& journalPath, std::uint32_t seed) {
   TestProgram program(root);
@@ -41,14 +51,21 @@ int Work(const std::wstring& root, const std::wstring& journalPath, std::uint32_
   Comparison comparison(program);
   Generator generator(seed);
   std::mt19937 pause(seed);
-  journal.Write(RecordOf(model.state, 1, "start"));
+  journal.Write(RecordOf(model.state, model.state, 1, "start"));
   for (std::uint64_t number = 2;; ++number) {
-    Step step = generator.Next();
-    while (IsForTestsOnly(step.kind)) step = generator.Next();
-    const int draws = model.state.draws;
-    const Plan plan = model.Apply(step);
-    program.SetClock(model.state.clock, draws);
-    journal.Write(RecordOf(model.state, number, Printed(step)));
+    const Model before = model;
+    Step step = NextStep(generator, number, seed);
+    Plan plan = model.Apply(step);
+    // Nor is much to be seen if the program is left all the time.
+    while (plan.skipped || IsForTestsOnly(plan) || (plan.kind == Kind::kExit && pause() % 3 != 0)) {
+      model = before;
+      step = generator.Next();
+      plan = model.Apply(step);
+    }
+    program.SetClock(model.state.clock, before.state.draws);
+    for (const Content& content : plan.between)
+      journal.Write(RecordOf(before.state, content, number, Printed(step)));
+    journal.Write(RecordOf(model.state, model.state, number, Printed(step)));
     driver.Do(plan, model.state);
     if (number % kStepsBetweenComparisons == 0) {
       comparison.Compare(model.state);
@@ -61,9 +78,10 @@ int Work(const std::wstring& root, const std::wstring& journalPath, std::uint32_
       journal.WriteFault("step " + std::to_string(number) + " " + Printed(step) + ": " + faults);
       return 1;
     }
+    journal.WriteDone();
     // Mostly the next step follows at once; now and then the user reads, and the program has nothing to do.
-    const unsigned draw = static_cast<unsigned>(pause() % 40);
-    const DWORD rest = draw == 0 ? 1500 : draw < 8 ? 60 : 0;
+    const unsigned draw = static_cast<unsigned>(pause() % 100);
+    const DWORD rest = draw == 0 ? 2500 : draw < 10 ? 60 : 0;
     test::PumpUntil([] { return false; }, rest);
   }
 }
@@ -79,8 +97,6 @@ int Recover(const std::wstring& root, const std::wstring& report) {
     return IDYES;
   };
   program.Start();
-  test::PumpUntil([&] { return asked > 0; }, 1000);
-  win::DoEvents();
   const std::string content = Serialised(ContentOf(program));
   std::ofstream(std::filesystem::path(report), std::ios::binary)
       << asked << ' ' << program.program.databaseSaved << ' ' << texts.size() << '\n'
