@@ -235,10 +235,11 @@ void Comparison::CompareCommands(State& expected) {
 }
 
 void Comparison::CompareFiles(const State& expected) {
+  // A file that replaces one whose name differs in its case alone may get either.
   std::map<std::wstring, std::string> wanted, found;
-  for (const auto& [folded, file] : expected.files) wanted[file.path] = file.bytes;
+  for (const auto& [folded, file] : expected.files) wanted[folded] = file.bytes;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(program_.Root() + L"Files")) {
-    if (entry.is_regular_file()) found[entry.path().wstring()] = BytesOf(entry.path().wstring());
+    if (entry.is_regular_file()) found[Folded(entry.path().wstring())] = BytesOf(entry.path().wstring());
   }
   for (const auto& [path, bytes] : wanted) {
     const auto there = found.find(path);

@@ -185,14 +185,17 @@ void Driver::Categories(const Plan& plan) {
     case Kind::kCollapse: {
       OpenBranches();
       PointOf(plan.key);
-      SendMessageW(TreeWindow(), WM_HSCROLL, SB_LEFT, 0);  // the button of a long name may be out of sight
-      const POINT text = PointInSight(plan.key);
-      for (LONG x = text.x; x >= 0; --x) {
-        TVHITTESTINFO hit{{x, text.y}, 0, nullptr};
-        SendMessageW(TreeWindow(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
-        if ((hit.flags & TVHT_ONITEMBUTTON) == 0) continue;
-        Click(TreeWindow(), hit.pt);
-        return;
+      // The button of a long name, or of one far to the right, may be out of sight at first.
+      for (int scrolled = 0; scrolled < 500; ++scrolled) {
+        const POINT text = PointInSight(plan.key);
+        for (LONG x = text.x; x >= 0; --x) {
+          TVHITTESTINFO hit{{x, text.y}, 0, nullptr};
+          SendMessageW(TreeWindow(), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+          if ((hit.flags & TVHT_ONITEMBUTTON) == 0) continue;
+          Click(TreeWindow(), hit.pt);
+          return;
+        }
+        SendMessageW(TreeWindow(), WM_HSCROLL, SB_LINELEFT, 0);
       }
       program_.Fault("no button to collapse by");
       return;
@@ -236,7 +239,7 @@ void Driver::EndEdit(const Plan& plan) {
     case EditEnd::kClickEmpty: Click(TreeWindow(), EmptyTreePoint()); break;
     default: test::PressKey(edit, VK_RETURN); break;
   }
-  if (!test::PumpUntil([this] { return !program_.Parts().TreeView1.EditingLabel(); }, 500))
+  if (!test::PumpUntil([this] { return !program_.Parts().TreeView1.EditingLabel(); }))
     program_.Fault("the edit of the name goes on");
 }
 

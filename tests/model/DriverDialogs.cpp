@@ -64,7 +64,7 @@ void Driver::Clipboard(const Plan& plan) {
       [&](win::Form& form) {
         auto& dialog = dynamic_cast<imports::inputDialog&>(form);
         const std::size_t rows = plan.ticked.size();
-        test::PumpUntil([&] { return dialog.ListView1().Count() == rows; }, 1000);
+        test::PumpUntil([&] { return dialog.ListView1().Count() == rows; });
         if (dialog.ListView1().Count() != rows) program_.Fault("the files of the clipboard are not offered");
         std::size_t left = rows;
         for (std::size_t row = 0; row < std::min(rows, dialog.ListView1().Count()); ++row) {
