@@ -37,6 +37,18 @@ std::wstring Digits(int value, std::size_t width) {
   return text.size() < width ? std::wstring(width - text.size(), L'0') + text : text;
 }
 
+// Has one of the same rows another text in the column under the arrow? They need not be in order then.
+bool HasNewText(const Screen& before, const Screen& now) {
+  if (now.arrow < 1 || now.arrow != before.arrow || now.rows.size() != before.rows.size()) return false;
+  const auto column = static_cast<std::size_t>(now.arrow) - 1;
+  bool changed = false;
+  for (std::size_t row = 0; row < now.rows.size(); ++row) {
+    if (now.rows[row].tag != before.rows[row].tag) return false;
+    changed = changed || now.rows[row].texts[column] != before.rows[row].texts[column];
+  }
+  return changed;
+}
+
 }  // namespace
 
 Plan Model::Apply(const Step& step) {
@@ -46,12 +58,14 @@ Plan Model::Apply(const Step& step) {
   state.loose = {};
   ++state.clock;
   const Content before = state;
+  const Screen shown = state.screen;
   Categories(step, plan);
   Imports(step, plan);
   List(step, plan);
   EditItems(step, plan);
   FileCommands(step, plan);
   Slots(step, plan);
+  if (HasNewText(shown, state.screen)) state.screen.arrow = -1;
   // The tree is kept with each change of the table, otherwise a little later.
   if (state.table != before.table) {
     state.maybeKept.clear();
