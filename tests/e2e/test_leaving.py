@@ -121,7 +121,7 @@ def test_a_data_folder_that_another_session_holds_is_left_alone(package, out):
     with Desktop("held") as desktop:
         user = User(desktop, package)
         user.start()
-        user.exit()
+        user.exit(answer="n")
         database = desktop.data_folder / "default.dat"
         database.write_bytes(b"what the other one is working on")
         lock = desktop.data_folder / "Kestrelon.lock"
